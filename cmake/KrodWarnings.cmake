@@ -1,0 +1,9 @@
+# Warnings for our own targets; errors with KROD_WARNINGS_AS_ERRORS (set by the presets).
+option(KROD_WARNINGS_AS_ERRORS "Treat warnings as errors" OFF)
+
+add_library(krod_warnings INTERFACE)
+target_compile_options(krod_warnings INTERFACE
+  -Wall -Wextra -Wpedantic -Wconversion -Wformat=2 -Werror=format-security -Wnon-virtual-dtor -Woverloaded-virtual
+  $<$<CXX_COMPILER_ID:GNU>:-Wshadow=local>
+  $<$<CXX_COMPILER_ID:Clang>:-Wshadow>
+  $<$<BOOL:${KROD_WARNINGS_AS_ERRORS}>:-Werror>)
