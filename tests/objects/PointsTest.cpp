@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: Apache-2.0
+// Scene/Points: sums of light.
+#include "Stage.h"
+
+#include <gtest/gtest.h>
+
+using namespace workbench::test;
+
+namespace {
+
+constexpr char TwoAtOnePlace[] = "0 0 0 300 0.5 4 1\n0 0 0 500 0.25 2 0.5\n";
+
+class Points : public ::testing::Test {
+protected:
+    /// The only lit pixel.
+    krod::RGBAHalf lit() {
+        const Pixels pixels = stage.render(*object);
+        krod::RGBAHalf found{};
+        int count = 0;
+        for (const auto& pixel : pixels)
+            if (static_cast<float>(pixel.b) > 0) found = pixel, ++count;
+        EXPECT_EQ(count, 1);
+        return found;
+    }
+
+    Stage stage;
+    Object object = Stage::make("Scene/Points");
+};
+
+} // namespace
+
+TEST_F(Points, Colours_add_up_beyond_1) {
+    Stage::set(object, "file", stage.write("points.xyz", TwoAtOnePlace));
+    const auto pixel = lit();
+    EXPECT_EQ(static_cast<float>(pixel.r), 800);
+    EXPECT_EQ(static_cast<float>(pixel.g), 0.75F);
+    EXPECT_EQ(static_cast<float>(pixel.b), 6);
+}
+
+TEST_F(Points, Alpha_stays_at_the_largest_instead_of_adding_up) {
+    Stage::set(object, "file", stage.write("points.xyz", TwoAtOnePlace));
+    EXPECT_EQ(static_cast<float>(lit().a), 1);
+}
+
+TEST_F(Points, Intensity_multiplies_colours_only) {
+    Stage::set(object, "file", stage.write("points.xyz", TwoAtOnePlace));
+    Stage::set(object, "intensity", "0.5");
+    const auto pixel = lit();
+    EXPECT_EQ(static_cast<float>(pixel.r), 400);
+    EXPECT_EQ(static_cast<float>(pixel.b), 3);
+    EXPECT_EQ(static_cast<float>(pixel.a), 1);
+}
+
+TEST_F(Points, A_point_behind_another_adds_its_light_too) {
+    Stage::set(object, "file", stage.write("points.xyz", "0 0 1 2 2 2\n0 0 -1 3 3 3\n"));
+    EXPECT_EQ(static_cast<float>(lit().r), 5);
+}
+
+TEST_F(Points, Size_is_the_width_in_pixels) {
+    Stage::set(object, "file", stage.write("points.xyz", "0 0 0 1 1 1\n"));
+    Stage::set(object, "size", "6.0");
+    const double pixels = coverage(stage.render(*object)) * Stage::Width * Stage::Height;
+    EXPECT_GE(pixels, 24); // a disc or a square, as the driver has it
+    EXPECT_LE(pixels, 36);
+}
+
+TEST_F(Points, Size_below_1_counts_as_1) {
+    Stage::set(object, "file", stage.write("points.xyz", "0 0 0 1 1 1\n"));
+    Stage::set(object, "size", "-2.0");
+    EXPECT_EQ(static_cast<float>(lit().r), 1);
+}

@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "workbench/objects/PointDrawing.h"
+
+#include "workbench/objects/EnclosingSphere.h"
+
+#include "host/gl/GLProgram.h"
+
+#include <epoxy/gl.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace workbench::objects {
+namespace {
+
+// A value of one's own instead of gl_FrontColor: that one is clamped to 1.
+constexpr char VertexText[] = R"(#version 120
+uniform float intensity;
+varying vec4 colour;
+void main() {
+    colour = vec4(gl_Color.rgb * intensity, gl_Color.a);
+    gl_Position = gl_ModelViewProjectionMatrix * gl_Vertex;
+}
+)";
+
+constexpr char FragmentText[] = R"(#version 120
+varying vec4 colour;
+void main() {
+    gl_FragColor = colour;
+}
+)";
+
+} // namespace
+
+PointDrawing::PointDrawing(PointSet points)
+    : set(std::move(points)), sphere(enclosingSphere({set.positions})) {}
+
+void PointDrawing::draw(double size, double intensity) const {
+    krod::GLProgram program(VertexText, FragmentText, "point vertex shader", "point fragment shader");
+    program.use();
+    program.setUniformValuef("intensity", static_cast<float>(intensity), program.reportsMissingUniforms());
+    glPointSize(static_cast<float>(std::max(size, 1.0)));
+    glEnable(GL_DEPTH_TEST);
+    glDepthMask(GL_FALSE);
+    // Light adds up. Alpha tells how much of a pixel is covered, so it must not pass 1: the largest one
+    // stays.
+    glEnable(GL_BLEND);
+    glBlendFunc(GL_ONE, GL_ONE);
+    glBlendEquationSeparate(GL_FUNC_ADD, GL_MAX);
+    glEnableClientState(GL_VERTEX_ARRAY);
+    glVertexPointer(3, GL_FLOAT, 0, set.positions.data());
+    glEnableClientState(GL_COLOR_ARRAY);
+    glColorPointer(4, GL_FLOAT, 0, set.colours.data());
+    glDrawArrays(GL_POINTS, 0, static_cast<GLsizei>(set.positions.size()));
+}
+
+} // namespace workbench::objects

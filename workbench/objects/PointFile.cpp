@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: Apache-2.0
+// Scene/Points - shows the points of a file; where they meet their light adds up.     (row 2)
+//     pixel = background + intensity x sum of the points' colours
+#include "workbench/objects/Kept.h"
+#include "workbench/objects/PointDrawing.h"
+
+#include "host/gl/VGLRenderObject.h"
+#include "plugin/Registration.h"
+
+namespace workbench::objects::PointFile {
+namespace {
+
+using namespace krod;
+
+struct Settings {
+    std::string file;
+    friend bool operator==(const Settings&, const Settings&) = default;
+};
+
+PointDrawing load(const Settings& settings) {
+    return PointDrawing(
+        readNamed("Scene/Points", settings.file, [](const auto& file) { return readPoints(file); }));
+}
+
+class PointObject : public VGLRenderObject {
+public:
+    PointObject(const std::string& name, const StrongPtr<VCreationPreferences>& preferences)
+        : VGLRenderObject(name, 0, preferences) {
+        size.setLimit("min", 1.0);
+        size.setLimit("max", 64.0);
+        intensity.setLimit("min", 0.0);
+    }
+
+    void draw(VGLRenderContext& context) override {
+        double pixels = 1, factor = 1;
+        size.read(context.valuePool(), pixels);
+        intensity.read(context.valuePool(), factor);
+        drawing(context.valuePool()).draw(pixels, factor);
+    }
+    [[nodiscard]] BoundingSphere bounds() const override { return drawing(VValuePool()).bounds(); }
+
+private:
+    const PointDrawing& drawing(const VValuePool& pool) const {
+        Settings settings;
+        file.read(pool, settings.file);
+        return kept.get(settings, load);
+    }
+
+    TypedSlot<std::string> file{this, "file", "", 0};
+    TypedSlot<double> size{this, "size", 1.0, 0};
+    TypedSlot<double> intensity{this, "intensity", 1.0, 0};
+    mutable Kept<Settings, PointDrawing> kept;
+};
+
+KROD_ROW(2)
+const ObjectRegistration<PointObject, void, SlotTypes<std::string, double>> registration(
+    {.category = "Scene",
+     .source = "PointFile",
+     .name = "Points",
+     .group = "File",
+     .help = "<p>Shows the points of a file. Where points meet their light adds up, also far above 1; "
+             "they hide nothing, and write no depth.</p>"
+             "<ul><li><b>file</b>: the points: PLY, XYZ, CSV or text. It is read when it is first "
+             "needed and when another one is named.</li>"
+             "<li><b>size</b>: width of a point in pixels, from 1 to 64.</li>"
+             "<li><b>intensity</b>: factor of all colours, from 0.</li></ul>",
+     .description = "Points from a file, adding up."},
+    0);
+
+} // namespace
+} // namespace workbench::objects::PointFile
