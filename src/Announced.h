@@ -12,7 +12,7 @@ namespace plime {
     throw std::runtime_error(
         key + ": cannot " + action +
         " in this version — its parameters are complete, its picture is still to come. Choose "
-        "another module.");
+        "another module");
 }
 
 } // namespace plime

@@ -49,6 +49,7 @@ public:
     [[nodiscard]] StrongPtr<VObject> creator() const noexcept;
 
     /// [host · shares] Attaches a named property, whose type is the parameter's. The notifier may be null.
+    /// Throws PointerException without a value and std::invalid_argument for a value of another type.
     void setProperty(const std::string& key, const StrongPtr<VValueBase>& value, VPropertyNotifier* notifier);
     /// [host · shares] The property of that name, or an empty reference.
     [[nodiscard]] StrongPtr<VValueBase> property(const std::string& key) const noexcept;

@@ -13,7 +13,7 @@
 namespace krod {
 
 /// Parameters (inputs with values), sinks (inputs for other objects) and outputs of one object, each list in
-/// the order of declaration, each name once per list.
+/// the order of declaration, each name once per list. An empty parameter is refused with PointerException.
 class KROD_API VSlotContainer {
 public:
     struct Input {

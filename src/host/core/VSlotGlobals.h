@@ -28,7 +28,8 @@ public:
 
     /// [host · shares] Registers a parameter of a type with its object, as an input when `input` is true,
     /// else as an output. Returns the registered parameter, or an empty reference when the object has another
-    /// of that name.
+    /// of that name. Throws SlotAssertion without an object, PointerException without a parameter and
+    /// std::invalid_argument when the parameter is of another type.
     static StrongPtr<VParameter> addParameter(VObject* that, const std::string& name, int expertLevel,
                                               const StrongPtr<VParameter>& parameter,
                                               const std::type_info& type, bool input);

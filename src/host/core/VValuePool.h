@@ -15,7 +15,8 @@ public:
     VValuePool();
     ~VValuePool();
 
-    /// [host · shares] Gives a parameter a value in this pool only, as set.
+    /// [host · shares] Gives a parameter a value in this pool only, as set. Throws PointerException without a
+    /// value.
     void set(const VParameter& parameter, StrongPtr<VValueBase> value);
     /// [host] Makes a parameter unreadable in this pool.
     void makeUnreadable(const VParameter& parameter);
