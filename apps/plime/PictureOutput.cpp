@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "apps/plime/PictureOutput.h"
+
+#include "host/values/VValueTrait.h"
+
+namespace workbench {
+
+void OutputWish::addTo(Syntax& syntax) {
+    syntax.options.push_back({"-o,--output", &path});
+    syntax.options.push_back({"-d,--depth", &depth});
+    syntax.options.push_back({"--srgb", &srgb});
+}
+
+std::string OutputWish::requirePath() const {
+    if (!path)
+        throw Failure(Fault::Usage, {"-o", "is missing", "the picture to write, -o OUT.exr", "", "", {}});
+    static_cast<void>(outputFormat(*path));
+    return *path;
+}
+
+WriteOptions OutputWish::writeOptions(const GlobalOptions& global) const {
+    WriteOptions options;
+    options.srgb = srgb;
+    options.noClobber = global.noClobber;
+    if (depth && !(options.depth = depthFromName(*depth)))
+        throw Failure(
+            Fault::Usage,
+            {"-d", "knows no such depth", "half, float, uint8 or uint16", '"' + *depth + '"', "", {}});
+    return options;
+}
+
+PictureOutput::PictureOutput(const OutputWish& wish, const GlobalOptions& global,
+                             const PictureDescription& description)
+    : path(wish.requirePath()), writer(PictureWriter::create(path, description, wish.writeOptions(global))) {}
+
+void PictureOutput::write(int first, int count, const krod::RGBAHalf* pixels, const ExtraRows* extra) {
+    writer->writeRows(first, count, pixels, extra);
+}
+
+void PictureOutput::finish(Report& report) {
+    writer->finish();
+    if (writer->clippedCount() > 0)
+        report.warning({path,
+                        std::to_string(writer->clippedCount()) + " values were clipped to " +
+                            std::string(depthName(writer->depth())) + ", the largest was " +
+                            krod::VValueTrait<double>::Text(static_cast<double>(writer->largestValue())),
+                        "",
+                        "",
+                        "Write .exr to keep them",
+                        {}});
+    if (writer->dropped().empty()) return;
+    std::string names;
+    for (const std::string& name : writer->dropped()) names += (names.empty() ? "" : ", ") + name;
+    report.warning(
+        {path, "its format cannot hold " + names + "; left out", "", "", "Write .exr to keep them", {}});
+}
+
+} // namespace workbench

@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: Apache-2.0
+// From the INPUT of a command line to an object that can be drawn.
+#pragma once
+
+#include "apps/plime/Catalogue.h"
+#include "apps/plime/ModuleInstance.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace workbench {
+
+/// The object of "demo:NAME", or of a file of points, a model or a picture, with the file's name set. Throws
+/// Failure(Usage) for an unknown demo, Failure(Input) for a file that cannot be read, Failure(Plugin) where
+/// the module for it is not loaded.
+[[nodiscard]] std::unique_ptr<ModuleInstance> makeSceneInput(const Catalogue& catalogue,
+                                                             const std::string& input);
+
+/// One line per demo: "demo:NAME  what it shows".
+[[nodiscard]] std::string demoList(const Catalogue& catalogue);
+
+} // namespace workbench

@@ -1,0 +1,13 @@
+// SPDX-License-Identifier: Apache-2.0
+// Texts that parameters take from files.
+#pragma once
+
+#include <string>
+
+namespace workbench {
+
+/// The whole file, byte for byte; pipes are read too. Throws Failure(Input) for a file that cannot be read
+/// or is larger than 16 MiB.
+[[nodiscard]] std::string readTextFile(const std::string& path);
+
+} // namespace workbench

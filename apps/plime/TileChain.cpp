@@ -1,0 +1,93 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "apps/plime/TileChain.h"
+
+#include "workbench/core/InputCreatorRegistry.h"
+
+#include "host/gl/GLImageTileProcessor.h"
+
+#include <algorithm>
+
+namespace workbench {
+namespace {
+
+using Processor = krod::StrongPtr<krod::ImageTileProcessor>;
+
+/// The output of a tile processor, or nothing.
+krod::StrongPtr<krod::VParameter> processorOutput(const krod::VObject& object) {
+    for (const auto& output : object.slots().outputs())
+        if (output.parameter->value().type() == typeid(Processor)) return output.parameter;
+    return {};
+}
+
+Failure notATileProcessor(const std::string& key) {
+    std::string known;
+    for (const krod::VInputCreatorBase* offered : InputCreatorRegistry::find(typeid(Processor)))
+        known += (known.empty() ? "" : ", ") + offered->creator().keyname();
+    return Failure(Fault::Usage, {key,
+                                  "is no tile processor",
+                                  known.empty() ? "one" : "one of " + known,
+                                  "",
+                                  "Displays go behind --display of \"plime render\"",
+                                  {}});
+}
+
+bool isOffered(const krod::VCreatorBase* creator) {
+    const auto offered = InputCreatorRegistry::find(typeid(Processor));
+    return std::ranges::any_of(offered, [&](const auto* input) { return &input->creator() == creator; });
+}
+
+} // namespace
+
+TileStep::TileStep(const ModuleInstance& module) : module(module), output(processorOutput(module.object())) {
+    if (!output) throw notATileProcessor(module.entry().key);
+}
+
+void TileStep::update(const krod::VValuePool& pool) const {
+    krod::VRequest request(pool);
+    if (!module.object().update(request, 1.0))
+        throw Failure(Fault::Partial,
+                      {module.entry().key, "could not be brought up to date", "", "", "", {}});
+}
+
+Processor TileStep::processor() const {
+    const auto* value = dynamic_cast<const krod::TypedValue<Processor>*>(&output->value());
+    if (!value || !value->value())
+        throw Failure(Fault::Partial, {module.entry().key,
+                                       "gives no tile processor on its output \"" + output->name() + '"',
+                                       "",
+                                       "",
+                                       "",
+                                       {}});
+    return value->value();
+}
+
+TileChain::TileChain(const Catalogue& catalogue, const std::vector<ModuleRequest>& requests, Limits limits) {
+    for (const ModuleRequest& request : requests) {
+        const CatalogueEntry entry = catalogue.one(request.key);
+        if (!isOffered(entry.creator)) throw notATileProcessor(entry.key);
+        modules.push_back(std::make_unique<ModuleInstance>(entry, request, limits));
+        modules.back()->hideUnset(pool);
+    }
+}
+
+void TileChain::prepare() {
+    processors.clear();
+    for (const auto& module : modules) {
+        const TileStep step(*module);
+        step.update(pool);
+        processors.push_back(step.processor());
+    }
+}
+
+bool TileChain::drawsWithOpenGL() const {
+    return std::ranges::any_of(processors, [](const Processor& processor) {
+        return dynamic_cast<const krod::GLImageTileProcessor*>(processor.get()) != nullptr;
+    });
+}
+
+void TileChain::process(krod::ImageTile& tile) const {
+    const krod::VRenderContext context(pool);
+    for (const Processor& processor : processors) processor->process(context, tile);
+}
+
+} // namespace workbench

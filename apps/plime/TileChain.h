@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: Apache-2.0
+// Tile processors in the order of their work.
+#pragma once
+
+#include "apps/plime/Catalogue.h"
+#include "apps/plime/ModuleInstance.h"
+
+#include "host/rendering/ImageTileProcessor.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace workbench {
+
+/// One module as a source of a tile processor.
+class TileStep {
+public:
+    /// The module is borrowed. Throws Failure(Usage) when it has no output of a tile processor.
+    explicit TileStep(const ModuleInstance& module);
+
+    /// Sends the module a request, its parameters read in the pool. Throws what the module throws, and
+    /// Failure(Partial) when it reports no success.
+    void update(const krod::VValuePool& pool) const;
+    /// What the module's output holds at the moment. Throws Failure(Partial) when it is empty.
+    [[nodiscard]] krod::StrongPtr<krod::ImageTileProcessor> processor() const;
+
+private:
+    const ModuleInstance& module;
+    krod::StrongPtr<krod::VParameter> output;
+};
+
+/// The modules of `--with`, made by the input creators that plug-ins offer for tile processors.
+class TileChain {
+public:
+    /// Makes the modules. Throws Failure(Usage) for a module that is no source of tile processors.
+    TileChain(const Catalogue& catalogue, const std::vector<ModuleRequest>& requests, Limits limits);
+
+    [[nodiscard]] bool empty() const noexcept { return modules.empty(); }
+    /// The modules, in the order of their work.
+    [[nodiscard]] const std::vector<std::unique_ptr<ModuleInstance>>& instances() const noexcept {
+        return modules;
+    }
+
+    /// Updates every module and takes its processor. Before the first tile.
+    void prepare();
+    /// Whether one of the processors draws with OpenGL. After prepare().
+    [[nodiscard]] bool drawsWithOpenGL() const;
+    /// Runs every processor over the tile. A failure names its module.
+    void process(krod::ImageTile& tile) const;
+
+private:
+    std::vector<std::unique_ptr<ModuleInstance>> modules;
+    std::vector<krod::StrongPtr<krod::ImageTileProcessor>> processors;
+    krod::VValuePool pool;
+};
+
+} // namespace workbench
