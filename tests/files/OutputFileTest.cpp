@@ -1,0 +1,230 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "FilesTest.h"
+
+#include "workbench/files/OutputFile.h"
+
+#include <csignal>
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace workbench;
+
+namespace {
+
+class OutputFileTest : public FilesTest {};
+
+/// Lets no file of this process grow beyond `bytes` while it lives: a disk that is full.
+class FullDisk {
+public:
+    explicit FullDisk(rlim_t bytes) : oldHandler(::signal(SIGXFSZ, SIG_IGN)) {
+        ::getrlimit(RLIMIT_FSIZE, &old);
+        const struct rlimit small { bytes, old.rlim_max };
+        ::setrlimit(RLIMIT_FSIZE, &small);
+    }
+    ~FullDisk() {
+        ::setrlimit(RLIMIT_FSIZE, &old);
+        ::signal(SIGXFSZ, oldHandler);
+    }
+    FullDisk(const FullDisk&) = delete;
+    FullDisk& operator=(const FullDisk&) = delete;
+
+private:
+    struct rlimit old {};
+    void (*oldHandler)(int);
+};
+
+} // namespace
+
+TEST_F(OutputFileTest, OutputFile_finished_holdsWhatWasWritten) {
+    OutputFile file(folder / "a.txt");
+    file.write("one ");
+    file.write("two");
+    EXPECT_FALSE(std::filesystem::exists(folder / "a.txt"));
+    file.finish();
+    EXPECT_EQ(read(folder / "a.txt"), "one two");
+    EXPECT_EQ(filesInFolder(), 1);
+}
+
+TEST_F(OutputFileTest, OutputFile_largerThanItsBuffer_isWrittenWhole) {
+    std::string text;
+    for (int i = 0; i < 400000; ++i) text += std::to_string(i);
+    OutputFile file(folder / "a");
+    file.write("head");
+    file.write(text);
+    file.finish();
+    EXPECT_EQ(read(folder / "a"), "head" + text);
+}
+
+TEST_F(OutputFileTest, OutputFile_seek_replacesBytesInTheMiddle) {
+    OutputFile file(folder / "a");
+    file.write("0123456789");
+    file.seek(3);
+    file.write("xyz");
+    EXPECT_EQ(file.position(), 6U);
+    file.seek(10);
+    file.write("!");
+    file.finish();
+    EXPECT_EQ(read(folder / "a"), "012xyz6789!");
+}
+
+TEST_F(OutputFileTest, OutputFile_destroyedUnfinished_leavesTheOldFileAndNothingElse) {
+    write("a", "old");
+    {
+        OutputFile file(folder / "a");
+        file.write("new");
+        EXPECT_EQ(file.temporary().filename(), ".a.tmp." + std::to_string(::getpid()));
+        EXPECT_EQ(filesInFolder(), 2);
+    }
+    EXPECT_EQ(read(folder / "a"), "old");
+    EXPECT_EQ(filesInFolder(), 1);
+}
+
+TEST_F(OutputFileTest, OutputFile_fullDisk_failsAndLeavesTheOldFile) {
+    write("a", "old");
+    const FullDisk disk(4096);
+    const std::string text = sentenceOf(Fault::Output, [&] {
+        OutputFile file(folder / "a");
+        file.write(std::string(5000, 'x'));
+        file.finish();
+    });
+    expectHas(text, "a: cannot be written completely — got File too large. Make room on the disk");
+    EXPECT_EQ(read(folder / "a"), "old");
+    EXPECT_EQ(filesInFolder(), 1);
+}
+
+TEST_F(OutputFileTest, OutputFile_writeAfterAFailedOne_failsAlike) {
+    const FullDisk disk(4096);
+    OutputFile file(folder / "a");
+    EXPECT_THROW(file.write(std::string(3 << 20, 'x')), Failure);
+    EXPECT_TRUE(file.failed());
+    EXPECT_THROW(file.write("y"), Failure);
+    EXPECT_THROW(file.finish(), Failure);
+    EXPECT_EQ(filesInFolder(), 0);
+}
+
+TEST_F(OutputFileTest, OutputFile_device_isRefused) {
+    const std::string text = sentenceOf(Fault::Output, [] { OutputFile file("/dev/full"); });
+    EXPECT_EQ(
+        text,
+        "/dev/full: cannot be written — expected the name of a regular file, got a device, pipe or socket.");
+}
+
+TEST_F(OutputFileTest, OutputFile_folderAsTarget_isRefused) {
+    EXPECT_EQ(sentenceOf(Fault::Output, [&] { OutputFile file{folder}; }),
+              folder.string() + ": cannot be written — expected the name of a file, got a folder.");
+    EXPECT_EQ(filesInFolder(), 0);
+}
+
+TEST_F(OutputFileTest, OutputFile_missingFolder_isRefused) {
+    const auto missing = folder / "no" / "a.txt";
+    EXPECT_EQ(sentenceOf(Fault::Output, [&] { OutputFile file{missing}; }),
+              missing.string() + ": cannot be written, because the folder " + missing.parent_path().string() +
+                  " does not exist. Create it first, or correct the path.");
+}
+
+TEST_F(OutputFileTest, OutputFile_fileInPlaceOfAFolder_isRefused) {
+    write("a", "");
+    expectHas(sentenceOf(Fault::Output, [&] { OutputFile file{folder / "a" / "b"}; }), "cannot be written");
+}
+
+TEST_F(OutputFileTest, OutputFile_noClobber_refusesAnExistingTarget) {
+    write("a", "old");
+    expectHas(sentenceOf(Fault::Output, [&] { OutputFile file(folder / "a", true); }),
+              "exists already and is not replaced");
+    EXPECT_EQ(read(folder / "a"), "old");
+}
+
+TEST_F(OutputFileTest, OutputFile_noClobber_refusesATargetThatAppearsMeanwhile) {
+    OutputFile file(folder / "a", true);
+    file.write("new");
+    write("a", "other");
+    expectHas(sentenceOf(Fault::Output, [&] { file.finish(); }), "has appeared meanwhile");
+    EXPECT_EQ(read(folder / "a"), "other");
+    EXPECT_EQ(filesInFolder(), 1);
+}
+
+TEST_F(OutputFileTest, OutputFile_replacedFile_keepsItsMode) {
+    ::chmod(write("a", "old").c_str(), 0640);
+    OutputFile file(folder / "a");
+    file.finish();
+    struct stat status {};
+    ::stat((folder / "a").c_str(), &status);
+    EXPECT_EQ(status.st_mode & 0777U, 0640U);
+}
+
+TEST_F(OutputFileTest, OutputFile_symbolicLink_isFollowed) {
+    write("a", "old");
+    std::filesystem::create_symlink("a", folder / "link");
+    OutputFile file(folder / "link");
+    file.write("new");
+    file.finish();
+    EXPECT_TRUE(std::filesystem::is_symlink(folder / "link"));
+    EXPECT_EQ(read(folder / "a"), "new");
+}
+
+TEST_F(OutputFileTest, OutputFile_sameTargetTwice_isRefused) {
+    const OutputFile first(folder / "a");
+    expectHas(sentenceOf(Fault::Output, [&] { OutputFile second(folder / "a"); }), "already being written");
+    EXPECT_EQ(filesInFolder(), 1);
+}
+
+TEST_F(OutputFileTest, OutputFile_remainderOfTheSameProcessNumber_isReplaced) {
+    write(".a.tmp." + std::to_string(::getpid()), "left behind");
+    OutputFile file(folder / "a");
+    file.write("new");
+    file.finish();
+    EXPECT_EQ(read(folder / "a"), "new");
+    EXPECT_EQ(filesInFolder(), 1);
+}
+
+TEST_F(OutputFileTest, OutputFile_oldRemainderOfADeadProcess_isRemoved) {
+    const pid_t child = ::fork();
+    if (child == 0) ::_exit(0);
+    ::waitpid(child, nullptr, 0);
+    const auto dead = write(".a.tmp." + std::to_string(child), "left behind");
+    const auto fresh = write(".a.tmp." + std::to_string(child) + "x", "of somebody else");
+    std::filesystem::last_write_time(dead,
+                                     std::filesystem::file_time_type::clock::now() - std::chrono::hours(2));
+    const OutputFile file(folder / "a");
+    EXPECT_FALSE(std::filesystem::exists(dead));
+    EXPECT_TRUE(std::filesystem::exists(fresh));
+}
+
+TEST_F(OutputFileTest, OutputFile_veryLongName_isWritten) {
+    const std::string name(250, 'n');
+    OutputFile file(folder / name);
+    file.write("x");
+    file.finish();
+    EXPECT_EQ(read(folder / name), "x");
+}
+
+TEST_F(OutputFileTest, OutputFile_relativeName_survivesAChangeOfFolder) {
+    const auto before = std::filesystem::current_path();
+    std::filesystem::current_path(folder);
+    OutputFile file("a");
+    std::filesystem::current_path(before);
+    file.write("x");
+    file.finish();
+    EXPECT_EQ(read(folder / "a"), "x");
+}
+
+TEST_F(OutputFileTest, RemoveTemporaries_inASignalHandler_leavesNothing) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::signal(SIGTERM, [](int) {
+            removeTemporaries();
+            ::_exit(7);
+        });
+        OutputFile one(folder / "one");
+        OutputFile two(folder / "two");
+        ::raise(SIGTERM);
+        ::_exit(1);
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    EXPECT_EQ(WEXITSTATUS(status), 7);
+    EXPECT_EQ(filesInFolder(), 0);
+}

@@ -1,0 +1,259 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "workbench/files/OutputFile.h"
+
+#include "workbench/report/Failure.h"
+
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <charconv>
+#include <chrono>
+#include <climits>
+#include <csignal>
+#include <cstring>
+#include <utility>
+
+#include <fcntl.h>
+#include <stdio.h> // renameat2 and RENAME_NOREPLACE
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace workbench {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::size_t BufferSize = std::size_t{1} << 20;
+
+/// One temporary for the signal handler. The path lies in the slot itself, so that no memory is freed under
+/// it.
+struct TemporarySlot {
+    std::atomic<bool> taken{false}, filled{false};
+    char path[PATH_MAX]{};
+};
+std::array<TemporarySlot, 64> temporaries;
+
+/// Beyond the list's length a file is merely not known to the signal handler; the destructor still removes
+/// it.
+int enterTemporary(const fs::path& path) {
+    if (path.native().size() >= PATH_MAX) return -1;
+    for (std::size_t i = 0; i < temporaries.size(); ++i) {
+        if (temporaries[i].taken.exchange(true)) continue;
+        std::memcpy(temporaries[i].path, path.c_str(), path.native().size() + 1);
+        temporaries[i].filled = true;
+        return static_cast<int>(i);
+    }
+    return -1;
+}
+
+void leaveTemporary(int slot) noexcept {
+    if (slot < 0) return;
+    temporaries[static_cast<std::size_t>(slot)].filled = false;
+    temporaries[static_cast<std::size_t>(slot)].taken = false;
+}
+
+bool isOpenHere(const fs::path& temporary) {
+    for (const auto& slot : temporaries)
+        if (slot.filled && temporary.native() == slot.path) return true;
+    return false;
+}
+
+std::string adviceFor(int error) {
+    if (error == ENOSPC || error == EDQUOT || error == EFBIG)
+        return "Make room on the disk, or choose another place";
+    if (error == EACCES || error == EPERM || error == EROFS) return "Choose a place where you may write";
+    return {};
+}
+
+[[noreturn]] void fail(const fs::path& name, std::string what, int error) {
+    throw Failure(
+        Fault::Output,
+        {name.string(), std::move(what), "", error ? std::strerror(error) : "", adviceFor(error), {}});
+}
+
+/// The name is cut so that the temporary of a target with a very long name stays below the file system's
+/// limit.
+fs::path temporaryPrefix(const fs::path& target) {
+    return target.parent_path() / ("." + target.filename().string().substr(0, 200) + ".tmp.");
+}
+
+/// A temporary whose process is gone is a remainder of a killed run. The hour keeps away from files that
+/// another machine, whose processes cannot be seen here, is writing on a shared disk.
+void removeRemainders(const fs::path& target) {
+    const std::string prefix = temporaryPrefix(target).filename().string();
+    std::error_code ignored;
+    for (const auto& entry : fs::directory_iterator(target.parent_path(), ignored)) {
+        const std::string found = entry.path().filename().string();
+        if (!found.starts_with(prefix)) continue;
+        pid_t process = 0;
+        const auto [end, parsed] =
+            std::from_chars(found.data() + prefix.size(), found.data() + found.size(), process);
+        if (parsed != std::errc{} || end != found.data() + found.size() || process <= 0) continue;
+        const auto written = entry.last_write_time(ignored);
+        if (ignored || fs::file_time_type::clock::now() - written < std::chrono::hours(1)) continue;
+        if (::kill(process, 0) == -1 && errno == ESRCH) ::unlink(entry.path().c_str());
+    }
+}
+
+} // namespace
+
+OutputFile::OutputFile(const fs::path& target, bool noClobberAsked)
+    : name(target), noClobber(noClobberAsked) {
+    checkTarget();
+    std::error_code problem;
+    if (fs::is_symlink(name, problem)) name = fs::weakly_canonical(name, problem);
+    if (name.is_relative()) name = fs::current_path() / name; // a later change of folder must not matter
+    createTemporary();
+    buffer.reserve(BufferSize);
+}
+
+OutputFile::~OutputFile() { discard(); }
+
+void OutputFile::checkTarget() const {
+    const std::string who = name.string();
+    if (name.filename().empty() || name.filename() == "." || name.filename() == "..")
+        throw Failure(Fault::Output, {who, "cannot be written", "the name of a file", "a folder", "", {}});
+    std::error_code problem;
+    const fs::path folder = name.has_parent_path() ? name.parent_path() : fs::path(".");
+    const auto folderStatus = fs::status(folder, problem);
+    if (folderStatus.type() == fs::file_type::not_found)
+        throw Failure(Fault::Output,
+                      {who,
+                       "cannot be written, because the folder " + folder.string() + " does not exist",
+                       "",
+                       "",
+                       "Create it first, or correct the path",
+                       {}});
+    const auto status = fs::status(name, problem);
+    if (!fs::exists(status)) return;
+    if (fs::is_directory(status))
+        throw Failure(Fault::Output, {who, "cannot be written", "the name of a file", "a folder", "", {}});
+    if (!fs::is_regular_file(status))
+        throw Failure(
+            Fault::Output,
+            {who, "cannot be written", "the name of a regular file", "a device, pipe or socket", "", {}});
+    if (noClobber)
+        throw Failure(Fault::Output, {who,
+                                      "exists already and is not replaced",
+                                      "",
+                                      "",
+                                      "Choose another name, or allow replacing",
+                                      {}});
+    if (::access(name.c_str(), W_OK) != 0) fail(name, "cannot be written", errno);
+}
+
+void OutputFile::createTemporary() {
+    removeRemainders(name);
+    temporaryName = temporaryPrefix(name).string() + std::to_string(::getpid());
+    if (isOpenHere(temporaryName))
+        throw Failure(Fault::Output, {name.string(),
+                                      "is already being written by this program",
+                                      "",
+                                      "",
+                                      "Give each output a name of its own",
+                                      {}});
+    constexpr int Flags = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC;
+    descriptor = ::open(temporaryName.c_str(), Flags, 0666);
+    if (descriptor < 0 && errno == EEXIST) { // left behind by an earlier process of the same number
+        ::unlink(temporaryName.c_str());
+        descriptor = ::open(temporaryName.c_str(), Flags, 0666);
+    }
+    if (descriptor < 0) fail(name, "cannot be written", errno);
+    slot = enterTemporary(temporaryName);
+    struct stat old {};
+    if (::stat(name.c_str(), &old) == 0 && ::fchmod(descriptor, old.st_mode & 07777U) != 0) {
+        const int reason = errno;
+        discard();
+        fail(name, "cannot be given the mode of the file that it replaces", reason);
+    }
+}
+
+void OutputFile::write(const void* data, std::size_t size) {
+    if (failed()) throwFailure();
+    const auto* bytes = static_cast<const std::byte*>(data);
+    while (size > 0) {
+        if (buffer.size() == BufferSize) flush();
+        const std::size_t part = std::min(size, BufferSize - buffer.size());
+        buffer.insert(buffer.end(), bytes, bytes + part);
+        bytes += part;
+        size -= part;
+    }
+}
+
+void OutputFile::flush() {
+    if (failed()) throwFailure();
+    std::size_t done = 0;
+    while (done < buffer.size()) {
+        const ssize_t written = ::write(descriptor, buffer.data() + done, buffer.size() - done);
+        if (written < 0 && errno == EINTR) continue;
+        if (written <= 0) {
+            error = written < 0 ? errno : ENOSPC;
+            throwFailure();
+        }
+        done += static_cast<std::size_t>(written);
+    }
+    start += buffer.size();
+    buffer.clear();
+}
+
+void OutputFile::throwFailure() const { fail(name, "cannot be written completely", error); }
+
+void OutputFile::seek(std::uint64_t position) {
+    if (position == this->position()) return;
+    flush();
+    if (::lseek(descriptor, static_cast<off_t>(position), SEEK_SET) < 0) {
+        error = errno;
+        throwFailure();
+    }
+    start = position;
+}
+
+void OutputFile::finish() {
+    try {
+        flush();
+        closeToDisk();
+        moveIntoPlace();
+    } catch (...) {
+        discard();
+        throw;
+    }
+}
+
+void OutputFile::closeToDisk() {
+    // Some file systems cannot flush a file (EINVAL); there is nothing more to be done on them.
+    if (::fsync(descriptor) != 0 && errno != EINVAL && errno != EROFS) error = errno;
+    if (::close(std::exchange(descriptor, -1)) != 0 && error == 0) error = errno;
+    if (failed()) throwFailure();
+}
+
+void OutputFile::moveIntoPlace() {
+    const unsigned flags = noClobber ? RENAME_NOREPLACE : 0;
+    int result = ::renameat2(AT_FDCWD, temporaryName.c_str(), AT_FDCWD, name.c_str(), flags);
+    if (result != 0 && (errno == EINVAL || errno == ENOSYS)) { // not every file system knows the flag
+        checkTarget();
+        result = ::rename(temporaryName.c_str(), name.c_str());
+    }
+    if (result != 0)
+        fail(name, errno == EEXIST ? "has appeared meanwhile and is not replaced" : "cannot be replaced",
+             errno);
+    leaveTemporary(std::exchange(slot, -1));
+    temporaryName.clear();
+    const int folder = ::open(name.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (folder < 0) return; // the file itself is safe; only its entry may be younger than a power failure
+    ::fsync(folder);
+    ::close(folder);
+}
+
+void OutputFile::discard() noexcept {
+    if (descriptor >= 0) ::close(std::exchange(descriptor, -1));
+    if (!temporaryName.empty()) ::unlink(temporaryName.c_str());
+    temporaryName.clear();
+    leaveTemporary(std::exchange(slot, -1));
+}
+
+void removeTemporaries() noexcept {
+    for (auto& slot : temporaries)
+        if (slot.filled) ::unlink(slot.path);
+}
+
+} // namespace workbench

@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: Apache-2.0
+// An output file that appears complete or not at all.
+#pragma once
+
+#include "workbench/files/Export.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <string_view>
+#include <vector>
+
+namespace workbench {
+
+/// Writes to a temporary `.<name>.tmp.<pid>` beside the target and renames it in `finish()`, so that the
+/// target is always the old or the new file, complete. Every write, the flush to the disk and the close are
+/// checked. An object that is destroyed without `finish()` removes its temporary. Not for use by several
+/// threads at once. All errors are Failure(Output).
+class KROD_FILES_API OutputFile {
+public:
+    /// Creates the temporary. Refused: a missing folder, a target that is no regular file or is not writable,
+    /// and, with `noClobber`, a target that exists. A symbolic link is followed; the mode of an old target is
+    /// kept.
+    explicit OutputFile(const std::filesystem::path& target, bool noClobber = false);
+    ~OutputFile();
+    OutputFile(const OutputFile&) = delete;
+    OutputFile& operator=(const OutputFile&) = delete;
+
+    /// Appends at the current position. After the first failed write every further call fails alike.
+    void write(const void* data, std::size_t size);
+    void write(std::string_view text) { write(text.data(), text.size()); }
+
+    /// Moves the position for formats that fill in a table at their end; in bytes from the start.
+    void seek(std::uint64_t position);
+    [[nodiscard]] std::uint64_t position() const noexcept { return start + buffer.size(); }
+
+    /// Flushes, closes and renames; after it the target is complete on the disk.
+    void finish();
+
+    /// True after a failed write: for libraries that swallow the exception of a callback.
+    [[nodiscard]] bool failed() const noexcept { return error != 0; }
+    /// Throws the failure of the first failed write again.
+    [[noreturn]] void throwFailure() const;
+
+    [[nodiscard]] const std::filesystem::path& target() const noexcept { return name; }
+    [[nodiscard]] const std::filesystem::path& temporary() const noexcept { return temporaryName; }
+
+private:
+    void checkTarget() const;
+    void createTemporary();
+    void flush();
+    void discard() noexcept;
+    void closeToDisk();
+    void moveIntoPlace();
+
+    std::filesystem::path name, temporaryName;
+    std::vector<std::byte> buffer;
+    std::uint64_t start = 0; ///< file position of the first byte of the buffer
+    int descriptor = -1;
+    int slot = -1;  ///< place in the list for signal handlers
+    int error = 0;  ///< errno of the first failed write
+    bool noClobber; ///< the target must not exist when the file is finished either
+};
+
+/// Unlinks the temporaries of all unfinished output files of this process. Async-signal-safe, for a signal
+/// handler that ends the process afterwards.
+KROD_FILES_API void removeTemporaries() noexcept;
+
+} // namespace workbench

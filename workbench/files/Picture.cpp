@@ -1,0 +1,120 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "workbench/files/Picture.h"
+
+#include "workbench/files/InputKind.h"
+#include "workbench/files/codec/CodecLibrary.h"
+#include "workbench/files/codec/PictureCodec.h"
+#include "workbench/files/exr/ExrReader.h"
+#include "workbench/files/exr/ExrWriter.h"
+#include "workbench/report/Failure.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+namespace workbench {
+namespace {
+
+/// The factory's type follows from its name in the codec library.
+const PictureCodec& pictureCodec() {
+    static const auto factory = reinterpret_cast<const PictureCodec* (*)()>(
+        codecFunction("krod_picture_codec.so", "krodPictureCodec", "libopenimageio2.4"));
+    return *factory();
+}
+
+void checkExtraRows(const PictureDescription& about, int count, const ExtraRows* extra) {
+    if (!extra || extra->size() != about.extraChannels.size())
+        throw std::logic_error("rows of the additional channels are missing");
+    for (std::size_t i = 0; i < extra->size(); ++i) {
+        const std::size_t values = static_cast<std::size_t>(count) * static_cast<std::size_t>(about.width);
+        if ((*extra)[i].size() != values * about.extraChannels[i].bytesPerValue())
+            throw std::logic_error("rows of the additional channel " + about.extraChannels[i].name +
+                                   " have a wrong size");
+    }
+}
+
+} // namespace
+
+std::unique_ptr<PictureReader> PictureReader::open(const std::filesystem::path& path) {
+    checkInputFile(path);
+    if (hasExrMagic(path)) return std::make_unique<ExrReader>(path);
+    if (lowerExtension(path) == "exr")
+        throw Failure(Fault::Input, {path.string(),
+                                     "is named .exr but is no EXR file",
+                                     "the four bytes 76 2f 31 01 at its start",
+                                     "other ones",
+                                     "Check how the file was made, or give it its right extension",
+                                     {}});
+    return pictureCodec().open(path);
+}
+
+void PictureReader::readRows(int first, int count, krod::RGBAHalf* out, ExtraRows* extra) {
+    if (first < 0 || count < 0 || first > about.height - count)
+        throw std::out_of_range("rows outside of the picture");
+    if (extra) {
+        extra->resize(about.extraChannels.size());
+        const std::size_t values = static_cast<std::size_t>(count) * static_cast<std::size_t>(about.width);
+        for (std::size_t i = 0; i < extra->size(); ++i)
+            (*extra)[i].resize(values * about.extraChannels[i].bytesPerValue());
+    }
+    decodeRows(first, count, out, extra);
+    countedRows = std::max(countedRows, first + count);
+}
+
+void PictureReader::countOverflows(int row, std::uint64_t count) {
+    if (row >= countedRows) overflows += count;
+}
+
+std::unique_ptr<PictureWriter> PictureWriter::create(const std::filesystem::path& path,
+                                                     const PictureDescription& description,
+                                                     const WriteOptions& options) {
+    if (outputFormat(path).name == "EXR") return std::make_unique<ExrWriter>(path, description, options);
+    return pictureCodec().create(path, description, options);
+}
+
+PictureWriter::PictureWriter(std::filesystem::path path, PictureDescription description,
+                             const WriteOptions& options)
+    : file(std::move(path)),
+      about(std::move(description)),
+      storedDepth(outputDepth(file, about.depth, options.depth)) {
+    const PictureFormat& format = outputFormat(file);
+    if (about.hasAlpha && !format.holdsAlpha) {
+        about.hasAlpha = false;
+        droppedNames.emplace_back("A");
+    }
+    if (!format.holdsGrey) about.isGrey = false;
+    if (format.name == "EXR") return;
+    for (const auto& channel : about.extraChannels) droppedNames.push_back(channel.name);
+    about.extraChannels.clear();
+}
+
+void PictureWriter::writeRows(int first, int count, const krod::RGBAHalf* pixels, const ExtraRows* extra) {
+    if (first != nextRow || count < 0 || count > about.height - first)
+        throw std::logic_error("rows of a picture are written in order, each once");
+    if (!about.extraChannels.empty()) checkExtraRows(about, count, extra);
+    encodeRows(first, count, pixels, extra);
+    nextRow += count;
+}
+
+void PictureWriter::finish() {
+    if (nextRow != about.height)
+        throw std::logic_error("a picture is finished before all its rows are written");
+    complete();
+}
+
+Picture readPicture(const std::filesystem::path& path) {
+    const auto reader = PictureReader::open(path);
+    Picture picture{reader->description(), {}, {}};
+    const auto& about = picture.description;
+    picture.pixels.resize(static_cast<std::size_t>(about.width) * static_cast<std::size_t>(about.height));
+    reader->readRows(0, about.height, picture.pixels.data(),
+                     about.extraChannels.empty() ? nullptr : &picture.extra);
+    return picture;
+}
+
+void writePicture(const std::filesystem::path& path, const Picture& picture, const WriteOptions& options) {
+    const auto writer = PictureWriter::create(path, picture.description, options);
+    writer->writeRows(0, picture.description.height, picture.pixels.data(), &picture.extra);
+    writer->finish();
+}
+
+} // namespace workbench

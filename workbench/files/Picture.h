@@ -1,0 +1,110 @@
+// SPDX-License-Identifier: Apache-2.0
+// Reading and writing pictures, by rows or whole.
+#pragma once
+
+#include "host/rendering/RGBAHalf.h"
+#include "workbench/files/Export.h"
+#include "workbench/files/PictureDescription.h"
+#include "workbench/files/PictureFormat.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace workbench {
+
+/// A picture that is read by rows from the top; memory stays at a few hundred rows where the format allows.
+/// Values are as stored, integers divided by their maximum; grey is red, green and blue alike; missing alpha
+/// is 1 and alpha is never multiplied into the colour nor divided out of it. All errors are Failure(Input).
+class KROD_FILES_API PictureReader {
+public:
+    /// Opens a picture of any readable format and checks its head.
+    [[nodiscard]] static std::unique_ptr<PictureReader> open(const std::filesystem::path& path);
+    virtual ~PictureReader() = default;
+    PictureReader(const PictureReader&) = delete;
+    PictureReader& operator=(const PictureReader&) = delete;
+
+    [[nodiscard]] const PictureDescription& description() const { return about; }
+
+    /// Reads `count` rows from row `first` (0 is the top) into count * width pixels at `out`. With `extra`,
+    /// fills it with the same rows of the additional channels. Going upwards is allowed, but slow in some
+    /// formats.
+    void readRows(int first, int count, krod::RGBAHalf* out, ExtraRows* extra = nullptr);
+
+    /// How many finite values became infinite as halves; each row counts once when rows are read downwards.
+    [[nodiscard]] std::uint64_t overflowCount() const { return overflows; }
+
+protected:
+    explicit PictureReader(std::filesystem::path path) : file(std::move(path)) {}
+
+    /// Decodes rows that are known to lie inside; `extra` has its right size.
+    virtual void decodeRows(int first, int count, krod::RGBAHalf* out, ExtraRows* extra) = 0;
+    void countOverflows(int row, std::uint64_t count);
+
+    std::filesystem::path file;
+    PictureDescription about;
+
+private:
+    int countedRows = 0; ///< rows above this one have had their overflows counted
+    std::uint64_t overflows = 0;
+};
+
+/// A picture that is written by rows from the top. It appears under its name in `finish()`, complete;
+/// destroyed without it, nothing is left. All errors but wrong wishes (Failure(Usage)) are Failure(Output).
+class KROD_FILES_API PictureWriter {
+public:
+    /// Begins a file in the format of the extension. A grey description writes red only, so clear `isGrey`
+    /// when a grey picture may have become coloured; alpha is written when the description has it and the
+    /// format holds it.
+    [[nodiscard]] static std::unique_ptr<PictureWriter> create(const std::filesystem::path& path,
+                                                               const PictureDescription& description,
+                                                               const WriteOptions& options = {});
+    virtual ~PictureWriter() = default;
+    PictureWriter(const PictureWriter&) = delete;
+    PictureWriter& operator=(const PictureWriter&) = delete;
+
+    /// Writes the next `count` rows; `first` must be the row after the last one (else std::logic_error). A
+    /// description with additional channels needs their rows in `extra` when the format is EXR.
+    void writeRows(int first, int count, const krod::RGBAHalf* pixels, const ExtraRows* extra = nullptr);
+
+    /// Completes the file; all rows must have been written.
+    void finish();
+
+    /// The depth that is written.
+    [[nodiscard]] PixelDepth depth() const { return storedDepth; }
+    /// Channels and metadata that the format cannot hold, by name; alpha is "A".
+    [[nodiscard]] const std::vector<std::string>& dropped() const { return droppedNames; }
+    /// How many values the format clipped so far, and the largest of them before clipping.
+    [[nodiscard]] virtual std::uint64_t clippedCount() const { return 0; }
+    [[nodiscard]] virtual float largestValue() const { return 0; }
+
+protected:
+    PictureWriter(std::filesystem::path path, PictureDescription description, const WriteOptions& options);
+
+    virtual void encodeRows(int first, int count, const krod::RGBAHalf* pixels, const ExtraRows* extra) = 0;
+    virtual void complete() = 0;
+
+    std::filesystem::path file;
+    PictureDescription about;
+    PixelDepth storedDepth;
+    std::vector<std::string> droppedNames;
+
+private:
+    int nextRow = 0;
+};
+
+/// A whole picture; pixels from the top row on.
+struct Picture {
+    PictureDescription description;
+    std::vector<krod::RGBAHalf> pixels;
+    ExtraRows extra = {};
+};
+
+/// Reads or writes a picture at once, with its additional channels.
+[[nodiscard]] KROD_FILES_API Picture readPicture(const std::filesystem::path& path);
+KROD_FILES_API void writePicture(const std::filesystem::path& path, const Picture& picture,
+                                 const WriteOptions& options = {});
+
+} // namespace workbench

@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "workbench/files/PictureFormat.h"
+
+#include "workbench/report/Failure.h"
+
+#include <algorithm>
+
+namespace workbench {
+namespace {
+
+const std::vector<PictureFormat>& formats() {
+    using enum PixelDepth;
+    static const std::vector<PictureFormat> all{
+        {"EXR", {"exr"}, {Half, Float}, true, true, true},
+        {"PNG", {"png"}, {UInt8, UInt16}, true, true, true},
+        {"TIFF", {"tif", "tiff"}, {UInt8, UInt16, Half, Float}, true, true, true},
+        {"JPEG", {"jpg", "jpeg"}, {UInt8}, false, true, true},
+        {"HDR", {"hdr"}, {Float}, false, false, false},
+    };
+    return all;
+}
+
+bool holds(const PictureFormat& format, PixelDepth depth) {
+    return std::find(format.depths.begin(), format.depths.end(), depth) != format.depths.end();
+}
+
+} // namespace
+
+std::string lowerExtension(const std::filesystem::path& path) {
+    std::string extension = path.extension().string();
+    if (!extension.empty()) extension.erase(0, 1);
+    for (char& c : extension)
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a'); // std::tolower depends on the locale
+    return extension;
+}
+
+const PictureFormat& outputFormat(const std::filesystem::path& path) {
+    const std::string extension = lowerExtension(path);
+    std::string known;
+    for (const auto& format : formats())
+        for (const auto candidate : format.extensions) {
+            if (candidate == extension) return format;
+            known += (known.empty() ? "." : " .") + std::string(candidate);
+        }
+    throw Failure(Fault::Usage, {path.string(),
+                                 "cannot be written as a picture",
+                                 "one of the extensions " + known,
+                                 extension.empty() ? "none" : "." + extension,
+                                 "",
+                                 {}});
+}
+
+PixelDepth outputDepth(const std::filesystem::path& path, PixelDepth inputDepth,
+                       std::optional<PixelDepth> asked) {
+    const PictureFormat& format = outputFormat(path);
+    if (asked && !holds(format, *asked)) {
+        std::string held;
+        for (const auto depth : format.depths)
+            held += (held.empty() ? "" : ", ") + std::string(depthName(depth));
+        throw Failure(Fault::Usage, {path.string(),
+                                     std::string(format.name) + " cannot hold the depth asked for",
+                                     held,
+                                     std::string(depthName(*asked)),
+                                     "",
+                                     {}});
+    }
+    if (asked) return *asked;
+    if (format.name == "EXR") return PixelDepth::Half;
+    if (holds(format, inputDepth)) return inputDepth;
+    return format.depths.back(); // PNG uint16, JPEG uint8, HDR float
+}
+
+} // namespace workbench

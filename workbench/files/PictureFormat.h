@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: Apache-2.0
+// The formats in which pictures are written.
+#pragma once
+
+#include "workbench/files/Export.h"
+#include "workbench/files/PictureDescription.h"
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace workbench {
+
+/// How the pixels of an EXR file are compressed.
+enum class ExrCompression {
+    Keep, ///< as the input, or ZIP where there is none
+    None,
+};
+
+/// What a user may ask of an output picture.
+struct WriteOptions {
+    std::optional<PixelDepth> depth =
+        {};                 ///< missing: EXR half, HDR float, else the input's where the format holds it
+    bool srgb = false;      ///< encode colour, not alpha, with the sRGB curve for viewing
+    bool noClobber = false; ///< an existing file is an error
+    ExrCompression compression = ExrCompression::Keep;
+};
+
+/// What one format can hold.
+struct PictureFormat {
+    std::string_view name; ///< "EXR", "PNG", "TIFF", "JPEG", "HDR"
+    std::vector<std::string_view> extensions;
+    std::vector<PixelDepth> depths;
+    bool holdsAlpha;
+    bool holdsGrey;
+    bool holdsTexts;
+};
+
+/// The format for that extension, in any case; an unknown one is Failure(Usage) with the list of known ones.
+[[nodiscard]] KROD_FILES_API const PictureFormat& outputFormat(const std::filesystem::path& path);
+
+/// The depth that is written: the one asked for, or Failure(Usage) if the format does not hold it; else the
+/// format's own or the input's.
+[[nodiscard]] KROD_FILES_API PixelDepth outputDepth(const std::filesystem::path& path, PixelDepth inputDepth,
+                                                    std::optional<PixelDepth> asked);
+
+/// The extension in lower case without its point: "exr".
+[[nodiscard]] KROD_FILES_API std::string lowerExtension(const std::filesystem::path& path);
+
+} // namespace workbench

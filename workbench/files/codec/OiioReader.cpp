@@ -1,0 +1,134 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "workbench/files/codec/OiioReader.h"
+
+#include "workbench/files/Reason.h"
+#include "workbench/files/codec/OiioMetadata.h"
+#include "workbench/report/Failure.h"
+
+#include <algorithm>
+
+namespace workbench {
+namespace {
+
+constexpr int StepRows = 64;
+
+PixelDepth depthOf(OIIO::TypeDesc type) {
+    if (type == OIIO::TypeDesc::UINT8) return PixelDepth::UInt8;
+    if (type == OIIO::TypeDesc::UINT16) return PixelDepth::UInt16;
+    if (type == OIIO::TypeDesc::HALF) return PixelDepth::Half;
+    return PixelDepth::Float; // of 32-bit integers and doubles, the library makes floats
+}
+
+OIIO::TypeDesc typeOf(PixelDepth depth) {
+    switch (depth) {
+    case PixelDepth::UInt8:
+        return OIIO::TypeDesc::UINT8;
+    case PixelDepth::UInt16:
+        return OIIO::TypeDesc::UINT16;
+    case PixelDepth::Half:
+        return OIIO::TypeDesc::HALF;
+    case PixelDepth::Float:
+        break;
+    }
+    return OIIO::TypeDesc::FLOAT;
+}
+
+} // namespace
+
+OiioReader::OiioReader(const std::filesystem::path& path) : PictureReader(path) {
+    OIIO::ImageSpec wishes;
+    wishes.attribute("oiio:UnassociatedAlpha", 1); // values as they are stored, not multiplied by alpha
+    input = OIIO::ImageInput::open(path.string(), &wishes);
+    if (!input)
+        throw Failure(Fault::Input, {path.string(),
+                                     "cannot be read as a picture",
+                                     "EXR, PNG, TIFF, JPEG, HDR or another picture format",
+                                     reasonText(OIIO::geterror()),
+                                     "Check that the file is complete and has its right extension",
+                                     {}});
+    describe();
+}
+
+void OiioReader::describe() {
+    const OIIO::ImageSpec& spec = input->spec();
+    checkPictureSize(file, spec.width, spec.height, spec.nchannels,
+                     static_cast<std::int64_t>(spec.nchannels) *
+                         static_cast<std::int64_t>(spec.format.size()),
+                     std::filesystem::file_size(file));
+    about.width = spec.width;
+    about.height = spec.height;
+    about.depth = depthOf(spec.format);
+    about.dataX = spec.x;
+    about.dataY = spec.y;
+    about.displayWindow = {spec.full_x, spec.full_y, spec.full_width, spec.full_height};
+    about.isGrey = spec.nchannels <= 2;
+    const int colours = about.isGrey ? 1 : 3;
+    about.hasAlpha = spec.alpha_channel >= colours || (spec.nchannels == 2 && spec.alpha_channel == 1);
+    for (int channel = colours; channel < spec.nchannels; ++channel)
+        if (channel != spec.alpha_channel) about.unreadChannels.push_back(spec.channel_name(channel));
+    about.metadata = metadataOf(spec);
+    storedType = typeOf(about.depth);
+    rowBytes =
+        static_cast<std::size_t>(spec.width) * static_cast<std::size_t>(spec.nchannels) * storedType.size();
+    decoder.emplace(about.depth, spec.nchannels, about.isGrey, about.hasAlpha ? spec.alpha_channel : -1);
+}
+
+void OiioReader::fail(int first, int count) {
+    throw Failure(Fault::Input,
+                  {file.string(),
+                   "cannot be read at the rows " + std::to_string(first) + " to " +
+                       std::to_string(first + count - 1) + " of " + std::to_string(about.height),
+                   "",
+                   reasonText(input->geterror()),
+                   "The file is damaged or was not written to its end",
+                   {}});
+}
+
+const std::byte* OiioReader::storedRows(int first, int count) {
+    stored.resize(rowBytes * static_cast<std::size_t>(count));
+    const int top = about.dataY + first;
+    const int channels = input->spec().nchannels;
+    // Some formats report damage beside success and hand out grey rows; any message counts as damage.
+    if (!input->read_scanlines(0, 0, top, top + count, 0, 0, channels, storedType, stored.data()) ||
+        input->has_error())
+        fail(first, count);
+    return stored.data();
+}
+
+const std::byte* OiioReader::tileRow(int first, int& rowsThere) {
+    const OIIO::ImageSpec& spec = input->spec();
+    const int begin = first / spec.tile_height * spec.tile_height;
+    const int rows = std::min(spec.tile_height, about.height - begin);
+    if (begin != tileRowFirst) {
+        stored.resize(rowBytes * static_cast<std::size_t>(rows));
+        tileRowFirst = -1;
+        if (!input->read_tiles(0, 0, spec.x, spec.x + spec.width, spec.y + begin, spec.y + begin + rows,
+                               spec.z, spec.z + 1, 0, spec.nchannels, storedType, stored.data()) ||
+            input->has_error())
+            fail(begin, rows);
+        tileRowFirst = begin;
+    }
+    rowsThere = begin + rows - first;
+    return stored.data() + static_cast<std::size_t>(first - begin) * rowBytes;
+}
+
+void OiioReader::decodeRows(int first, int count, krod::RGBAHalf* out, ExtraRows*) {
+    const auto width = static_cast<std::size_t>(about.width);
+    while (count > 0) {
+        int rows = std::min(StepRows, count);
+        const std::byte* from = nullptr;
+        if (input->spec().tile_width > 0) {
+            int rowsThere = 0;
+            from = tileRow(first, rowsThere);
+            rows = std::min(rowsThere, count);
+        } else {
+            from = storedRows(first, rows);
+        }
+        for (int row = 0; row < rows; ++row, from += rowBytes, out += width)
+            countOverflows(first + row, decoder->decode(from, width, out));
+        first += rows;
+        count -= rows;
+    }
+}
+
+} // namespace workbench

@@ -1,0 +1,141 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "workbench/files/codec/OiioWriter.h"
+
+#include "workbench/files/Reason.h"
+#include "workbench/files/codec/OiioMetadata.h"
+#include "workbench/report/Failure.h"
+
+#include <algorithm>
+
+namespace workbench {
+namespace {
+
+constexpr int StepRows = 64;
+
+OIIO::TypeDesc typeOf(PixelDepth depth) {
+    switch (depth) {
+    case PixelDepth::UInt8:
+        return OIIO::TypeDesc::UINT8;
+    case PixelDepth::UInt16:
+        return OIIO::TypeDesc::UINT16;
+    case PixelDepth::Half:
+        return OIIO::TypeDesc::HALF;
+    case PixelDepth::Float:
+        break;
+    }
+    return OIIO::TypeDesc::FLOAT;
+}
+
+ValueRange rangeOf(const PictureFormat& format, PixelDepth depth) {
+    if (depth == PixelDepth::UInt8 || depth == PixelDepth::UInt16) return ValueRange::Unit;
+    return format.name == "HDR" ? ValueRange::NonNegative : ValueRange::All;
+}
+
+std::string codecName(const PictureFormat& format) {
+    return format.name == "PNG"    ? "png"
+           : format.name == "TIFF" ? "tiff"
+           : format.name == "JPEG" ? "jpeg"
+                                   : "hdr";
+}
+
+} // namespace
+
+bool OiioWriter::Proxy::seek(int64_t offset) {
+    try {
+        file.seek(static_cast<std::uint64_t>(offset));
+        return true;
+    } catch (const Failure&) { // remembered by the file
+        return false;
+    }
+}
+
+size_t OiioWriter::Proxy::write(const void* data, size_t size) {
+    try {
+        file.write(data, size);
+        end = std::max<size_t>(end, file.position());
+        return size;
+    } catch (const Failure&) { // remembered by the file
+        return 0;
+    }
+}
+
+OiioWriter::OiioWriter(const std::filesystem::path& path, const PictureDescription& description,
+                       const WriteOptions& options)
+    : PictureWriter(path, description, options),
+      format(outputFormat(path)),
+      channels((about.isGrey ? 1 : 3) + (about.hasAlpha ? 1 : 0)),
+      encoder(storedDepth, channels, options.srgb, rangeOf(format, storedDepth)),
+      target(path, options.noClobber),
+      proxy(target),
+      output(OIIO::ImageOutput::create(codecName(format))) {
+    const OIIO::ImageSpec spec = specification(options);
+    if (!output || !output->set_ioproxy(&proxy) || !output->open(path.string(), spec)) fail();
+}
+
+OiioWriter::~OiioWriter() {
+    if (output) output->close(); // may still write into the file, which is then thrown away
+}
+
+OIIO::ImageSpec OiioWriter::specification(const WriteOptions& options) {
+    OIIO::ImageSpec spec(about.width, about.height, channels, typeOf(storedDepth));
+    if (channels == 2) { // two channels have no names by themselves
+        spec.channelnames = {"Y", "A"};
+        spec.alpha_channel = 1;
+    }
+    enterMetadata(about.metadata, format, spec, droppedNames);
+    spec.x = about.dataX;
+    spec.y = about.dataY;
+    if (const auto& display = about.displayWindow) {
+        spec.full_x = display->x;
+        spec.full_y = display->y;
+        spec.full_width = display->width;
+        spec.full_height = display->height;
+    }
+    if (format.name != "TIFF") { // the others have no place for windows, and some refuse an origin
+        spec.x = spec.y = spec.full_x = spec.full_y = 0;
+        spec.full_width = spec.width;
+        spec.full_height = spec.height;
+    }
+    if (format.name == "PNG") spec.attribute("oiio:UnassociatedAlpha", 1); // else it divides by alpha
+    if (format.name == "JPEG") {
+        spec.attribute("jpeg:subsampling", "4:4:4"); // chroma at full size
+        spec.attribute("Compression", "jpeg:95");
+    }
+    if (format.name == "TIFF" && storedDepth == PixelDepth::Half) spec.attribute("tiff:half", 1);
+    if (options.srgb) spec.attribute("oiio:ColorSpace", "sRGB");
+    return spec;
+}
+
+void OiioWriter::encodeRows(int first, int count, const krod::RGBAHalf* pixels, const ExtraRows*) {
+    const auto width = static_cast<std::size_t>(about.width);
+    const std::size_t rowBytes = width * static_cast<std::size_t>(channels) * bytesPerValue(storedDepth);
+    for (int row = 0; row < count; row += StepRows) {
+        const int rows = std::min(StepRows, count - row);
+        encoded.resize(rowBytes * static_cast<std::size_t>(rows));
+        encoder.encode(pixels + static_cast<std::size_t>(row) * width, width * static_cast<std::size_t>(rows),
+                       encoded.data());
+        const int top = output->spec().y + first + row;
+        if (!output->write_scanlines(top, top + rows, 0, typeOf(storedDepth), encoded.data())) fail();
+        if (target.failed()) target.throwFailure();
+    }
+}
+
+void OiioWriter::complete() {
+    const bool closed = output->close();
+    if (!closed) fail();
+    if (target.failed()) target.throwFailure();
+    output.reset();
+    target.finish();
+}
+
+void OiioWriter::fail() {
+    if (target.failed()) target.throwFailure();
+    throw Failure(Fault::Output, {file.string(),
+                                  "cannot be written as a " + std::string(format.name) + " picture",
+                                  "",
+                                  reasonText(output ? output->geterror() : OIIO::geterror()),
+                                  "",
+                                  {}});
+}
+
+} // namespace workbench

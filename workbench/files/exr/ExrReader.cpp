@@ -1,0 +1,173 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "workbench/files/exr/ExrReader.h"
+
+#include "workbench/files/PixelConversion.h"
+#include "workbench/files/Reason.h"
+#include "workbench/files/exr/ExrChannels.h"
+#include "workbench/files/exr/ExrMetadata.h"
+#include "workbench/report/Failure.h"
+
+#include <OpenEXR/ImfHeader.h>
+#include <OpenEXR/ImfPartType.h>
+#include <OpenEXR/ImfThreading.h>
+
+#include <algorithm>
+#include <fstream>
+#include <thread>
+
+namespace workbench {
+namespace {
+
+/// Rows per step: enough for every compression's block (256 at most), little enough for any width.
+constexpr int StepRows = 64;
+
+constexpr half_float::half krod::RGBAHalf::*Members[4] = {&krod::RGBAHalf::r, &krod::RGBAHalf::g,
+                                                          &krod::RGBAHalf::b, &krod::RGBAHalf::a};
+
+/// The library's limits stand in for its checks of the head, which come before ours. Its decoding threads are
+/// started once for the process.
+void prepareLibrary() {
+    static const bool done = [] {
+        Imf::Header::setMaxImageSize(LargestSide, LargestSide);
+        Imf::Header::setMaxTileSize(LargestSide, LargestSide);
+        Imf::setGlobalThreadCount(static_cast<int>(std::clamp(std::thread::hardware_concurrency(), 1U, 16U)));
+        return true;
+    }();
+    static_cast<void>(done);
+}
+
+[[noreturn]] void failReading(const std::filesystem::path& path, std::string what,
+                              const std::exception& reason) {
+    throw Failure(Fault::Input, {path.string(),
+                                 std::move(what),
+                                 "",
+                                 reasonText(reason.what()),
+                                 "The file is damaged or was not written to its end",
+                                 {}});
+}
+
+} // namespace
+
+bool hasExrMagic(const std::filesystem::path& path) {
+    char start[4] = {};
+    std::ifstream(path, std::ios::binary).read(start, sizeof start);
+    return std::string_view(start, 4) == std::string_view("\x76\x2f\x31\x01", 4);
+}
+
+ExrReader::ExrReader(const std::filesystem::path& path) : PictureReader(path) {
+    prepareLibrary();
+    try {
+        input = std::make_unique<Imf::MultiPartInputFile>(path.c_str());
+        openPart();
+    } catch (const Failure&) {
+        throw;
+    } catch (const std::exception& reason) {
+        failReading(file, "cannot be read as an EXR picture", reason);
+    }
+}
+
+void ExrReader::openPart() {
+    const Imf::Header& header = input->header(0);
+    if (header.hasType() && Imf::isDeepData(header.type()))
+        throw Failure(Fault::Input, {file.string(),
+                                     "holds deep pixels",
+                                     "scan lines or tiles with one value per pixel",
+                                     header.type(),
+                                     "Flatten the picture first",
+                                     {}});
+    const auto& data = header.dataWindow();
+    const auto& display = header.displayWindow();
+    const std::int64_t width = std::int64_t{data.max.x} - data.min.x + 1;
+    const std::int64_t height = std::int64_t{data.max.y} - data.min.y + 1;
+    std::int64_t channels = 0, bytes = 0;
+    for (auto it = header.channels().begin(); it != header.channels().end(); ++it) {
+        ++channels;
+        bytes += it.channel().type == Imf::HALF ? 2 : 4;
+    }
+    checkPictureSize(file, width, height, channels, bytes, std::filesystem::file_size(file));
+    about.width = static_cast<int>(width);
+    about.height = static_cast<int>(height);
+    about.dataX = data.min.x;
+    about.dataY = data.min.y;
+    about.displayWindow = {display.min.x, display.min.y, display.max.x - display.min.x + 1,
+                           display.max.y - display.min.y + 1};
+    enterChannels(file, header.channels(), about);
+    for (std::size_t i = 0; i < 4; ++i) {
+        const Imf::Channel* channel = header.channels().findChannel(about.channelNames[i]);
+        isHalf[i] = !channel || channel->type == Imf::HALF;
+    }
+    about.metadata = metadataOf(header);
+    part.emplace(*input, 0);
+}
+
+void ExrReader::insertColour(std::size_t channel, int first, int count, krod::RGBAHalf* out,
+                             Imf::FrameBuffer& buffer) {
+    const auto width = static_cast<std::size_t>(about.width);
+    const std::string& name = about.channelNames[channel];
+    const Imath::V2i origin(about.dataX, about.dataY + first);
+    if (isHalf[channel]) {
+        buffer.insert(name, Imf::Slice::Make(Imf::HALF, &(out->*Members[channel]), origin, about.width, count,
+                                             sizeof(krod::RGBAHalf), width * sizeof(krod::RGBAHalf)));
+        return;
+    }
+    auto& values = floatValues[channel];
+    values.resize(width * static_cast<std::size_t>(count));
+    buffer.insert(name, Imf::Slice::Make(Imf::FLOAT, values.data(), origin, about.width, count, sizeof(float),
+                                         width * sizeof(float)));
+}
+
+void ExrReader::convertFloats(std::size_t channel, int first, int count, krod::RGBAHalf* out) {
+    const auto width = static_cast<std::size_t>(about.width);
+    const float* value = floatValues[channel].data();
+    for (int row = 0; row < count; ++row) {
+        std::uint64_t infinite = 0;
+        for (std::size_t x = 0; x < width; ++x)
+            (out++)->*Members[channel] = halfFromFloat(*value++, infinite);
+        countOverflows(first + row, infinite);
+    }
+}
+
+void ExrReader::decodeStep(int first, int count, krod::RGBAHalf* out, Imf::FrameBuffer& buffer) {
+    const std::size_t pixels = static_cast<std::size_t>(about.width) * static_cast<std::size_t>(count);
+    std::fill_n(out, pixels,
+                krod::RGBAHalf{half_float::half(0.0F), half_float::half(0.0F), half_float::half(0.0F),
+                               half_float::half(1.0F)});
+    for (std::size_t i = 0; i < 4; ++i)
+        if (!about.channelNames[i].empty()) insertColour(i, first, count, out, buffer);
+    try {
+        part->setFrameBuffer(buffer);
+        part->readPixels(about.dataY + first, about.dataY + first + count - 1);
+    } catch (const std::exception& reason) {
+        failReading(file,
+                    "cannot be read at the rows " + std::to_string(first) + " to " +
+                        std::to_string(first + count - 1) + " of " + std::to_string(about.height),
+                    reason);
+    }
+    for (std::size_t i = 0; i < 4; ++i)
+        if (!isHalf[i]) convertFloats(i, first, count, out);
+    if (about.isGrey)
+        for (std::size_t i = 0; i < pixels; ++i) out[i].g = out[i].b = out[i].r;
+}
+
+void ExrReader::decodeRows(int first, int count, krod::RGBAHalf* out, ExtraRows* extra) {
+    const auto width = static_cast<std::size_t>(about.width);
+    for (int row = 0; row < count; row += StepRows) {
+        const int rows = std::min(StepRows, count - row);
+        Imf::FrameBuffer buffer;
+        for (std::size_t i = 0; extra && i < extra->size(); ++i) {
+            const ExtraChannel& channel = about.extraChannels[i];
+            const std::size_t size = channel.bytesPerValue();
+            const Imf::PixelType type = channel.type == ExtraType::Half    ? Imf::HALF
+                                        : channel.type == ExtraType::Float ? Imf::FLOAT
+                                                                           : Imf::UINT;
+            buffer.insert(channel.name,
+                          Imf::Slice::Make(type,
+                                           (*extra)[i].data() + static_cast<std::size_t>(row) * width * size,
+                                           Imath::V2i(about.dataX, about.dataY + first + row), about.width,
+                                           rows, size, width * size));
+        }
+        decodeStep(first + row, rows, out + static_cast<std::size_t>(row) * width, buffer);
+    }
+}
+
+} // namespace workbench
