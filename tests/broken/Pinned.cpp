@@ -1,0 +1,3 @@
+// SPDX-License-Identifier: Apache-2.0
+// A plug-in without creators, linked so that it never leaves memory.
+extern "C" int KROD_API_2022_Feb_15__pinned(void*) { return 1; }

@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "workbench/core/ObjectRegistry.h"
+
+#include <mutex>
+
+namespace workbench {
+
+namespace {
+
+struct Registry {
+    std::mutex mutex;
+    std::vector<krod::WeakPtr<krod::VObject>> objects;
+};
+
+/// Never destroyed: objects may outlive every static object.
+Registry& registry() {
+    static Registry& living = *new Registry;
+    return living;
+}
+
+} // namespace
+
+std::vector<krod::WeakPtr<krod::VObject>> ObjectRegistry::objects() {
+    const std::lock_guard lock(registry().mutex);
+    return registry().objects;
+}
+
+std::size_t ObjectRegistry::count() noexcept {
+    const std::lock_guard lock(registry().mutex);
+    return registry().objects.size();
+}
+
+void ObjectRegistry::enter(krod::VObject& object) {
+    const std::lock_guard lock(registry().mutex);
+    registry().objects.emplace_back(&object);
+}
+
+void ObjectRegistry::leave(krod::VObject& object) noexcept {
+    const krod::WeakPtr<krod::VObject> leaving(&object);
+    const std::lock_guard lock(registry().mutex);
+    std::erase(registry().objects, leaving);
+}
+
+} // namespace workbench
