@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "host/gl/GLImageTileProcessor.h"
+
+#include "workbench/gl/PendingErrors.h"
+#include "workbench/gl/PixelTransfer.h"
+#include "workbench/gl/Quad.h"
+#include "workbench/gl/RenderSession.h"
+#include "workbench/gl/RenderTarget.h"
+#include "workbench/gl/StateGuard.h"
+
+#include "host/gl/GLError.h"
+#include "host/gl/GLProgram.h"
+
+#include <epoxy/gl.h>
+
+namespace krod {
+namespace {
+
+constexpr char VertexText[] =
+    "void main(void)\n{\n\tgl_TexCoord[0] = gl_MultiTexCoord0;\n\tgl_Position = ftransform();\n}";
+constexpr char VertexLabel[] = "* Tile Vertex Shader *";
+constexpr char FragmentLabel[] = "* Tile Fragment Shader *";
+constexpr char Who[] = "image tile";
+
+/// The pixels of a tile that shaders can process: half RGBA, as many as the tile's size asks for.
+Chunk<RGBAHalf>* pixelsOf(const ImageTile& tile) {
+    auto* pixels = dynamic_cast<Chunk<RGBAHalf>*>(tile.store().get());
+    if (!pixels || tile.width() < 1 || tile.height() < 1) return nullptr;
+    const std::size_t needed =
+        static_cast<std::size_t>(tile.width()) * static_cast<std::size_t>(tile.height());
+    return pixels->elements() < needed ? nullptr : pixels;
+}
+
+} // namespace
+
+GLImageTileProcessor::~GLImageTileProcessor() = default;
+
+void GLImageTileProcessor::process(const VRenderContext&, ImageTile& tile) {
+    const auto pixels = pixelsOf(tile);
+    if (!pixels) return;
+    auto& session = workbench::RenderSession::require(Who);
+    workbench::reportPendingErrors(Who, "was pending before it was processed; something else caused it");
+    // The target also checks the size against the driver's limits, before the texture of the same size is
+    // made.
+    const auto target = session.targets().lease(tile.width(), tile.height(), false);
+    const workbench::StateGuard guard;
+    const StrongPtr<GLTexture2D> frame = createFrameTexture(tile.width(), tile.height());
+    workbench::setEntryState(tile.width(), tile.height());
+    glDisable(GL_DITHER);
+    glBindTexture(GL_TEXTURE_2D, frame->name());
+    workbench::uploadPixels(tile.width(), tile.height(), pixels->data());
+    target->bind();
+    renderFrameTexture(*frame);
+    GLError::throwPossibleError(Who, "GLImageTileProcessor", 0);
+    workbench::readPixels({0, 0, tile.width(), tile.height()}, pixels->data(),
+                          static_cast<std::size_t>(tile.width()));
+    GLError::throwPossibleError(Who, "GLImageTileProcessor", 0);
+}
+
+StrongPtr<GLTexture2D> GLImageTileProcessor::createFrameTexture(int width, int height) {
+    if (!lastFrame || !lastFrame->usable() || lastFrame->width() != width || lastFrame->height() != height) {
+        lastFrame.reset();
+        lastFrame = StrongPtr<GLTexture2D>(new GLTexture2D(width, height));
+    }
+    return lastFrame;
+}
+
+void GLImageTileProcessor::renderFrameTexture(GLTexture2D& frame) {
+    GLProgram program(VertexText, shaderCode(), VertexLabel, FragmentLabel);
+    program.use();
+    program.setUniformValuei("frame", 0, program.reportsMissingUniforms());
+    glActiveTexture(GL_TEXTURE0);
+    glBindTexture(GL_TEXTURE_2D, frame.name());
+    workbench::drawFullScreenQuad(0);
+}
+
+} // namespace krod

@@ -1,0 +1,128 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "host/gl/MSDeferredObjectDisplay.h"
+
+#include "workbench/gl/PendingErrors.h"
+#include "workbench/gl/RenderSession.h"
+#include "workbench/gl/RenderTarget.h"
+#include "workbench/gl/StateGuard.h"
+#include "workbench/report/Failure.h"
+
+#include "host/core/VSlotGlobals.h"
+
+#include <epoxy/gl.h>
+
+#include <stdexcept>
+
+namespace krod {
+namespace {
+
+using Renderer = MSDeferredRenderObject::MultiSampleDeferredRenderer;
+
+constexpr int ColorUnit = 0, DepthUnit = 1;
+constexpr int MostSamples = 16;
+
+/// The input gets the matrices of the frame that the display is drawn in.
+void drawInput(VGLRenderObject& input, VGLRenderContext& context, const workbench::RenderTarget& target) {
+    const workbench::StateGuard guard;
+    target.bind();
+    workbench::setDrawingState(context.width(), context.height());
+    workbench::RenderTarget::clear({0, 0, 0, 0});
+    input.render(context);
+}
+
+void bindScene(const workbench::RenderTarget& target) {
+    glActiveTexture(GL_TEXTURE0 + DepthUnit);
+    glBindTexture(GL_TEXTURE_2D_MULTISAMPLE, target.depth());
+    glActiveTexture(GL_TEXTURE0 + ColorUnit);
+    glBindTexture(GL_TEXTURE_2D_MULTISAMPLE, target.color());
+}
+
+/// Failures of a shader get the display's name, which the labels of the texts do not have.
+void runRenderer(Renderer& renderer, const std::string& display) {
+    try {
+        renderer.render();
+    } catch (const workbench::Failure& failure) {
+        if (failure.fault() != workbench::Fault::Shader) throw;
+        workbench::Diagnostic diagnostic = failure.diagnostic();
+        diagnostic.who = display + ", " + diagnostic.who;
+        throw workbench::Failure(failure.fault(), std::move(diagnostic));
+    }
+}
+
+} // namespace
+
+MSDeferredObjectDisplay::MSDeferredObjectDisplay(const std::string& name,
+                                                 const StrongPtr<VCreationPreferences>& preferences,
+                                                 Samples wanted)
+    : MSDeferredObjectDisplay(name, preferences) {
+    const StrongPtr<VParameter> made(new VParameter(makeValue(wanted.initialValue), "samples", {}));
+    made->setCreator(this);
+    samples = VSlotGlobals::addParameter(this, "samples", wanted.expertLevel, made, typeid(int), true);
+    samples->clearState(VParameter::ValueSet);
+    samples->setProperty("max", makeValue(MostSamples), nullptr);
+}
+
+MSDeferredObjectDisplay::MSDeferredObjectDisplay(const std::string& name,
+                                                 const StrongPtr<VCreationPreferences>& preferences)
+    : MSDeferredRenderObject(name, 0, preferences) {
+    slots().addSink("object", Typename<VGLRenderObject>());
+}
+
+MSDeferredObjectDisplay::~MSDeferredObjectDisplay() = default;
+
+void MSDeferredObjectDisplay::setInput(const StrongPtr<VGLRenderObject>& object) {
+    for (const VGLRenderObject* link = object.get(); link;) {
+        if (link == this)
+            throw std::invalid_argument(name() + ": " + object->name() +
+                                        " cannot be its input, since it shows this display itself");
+        const auto* display = dynamic_cast<const MSDeferredObjectDisplay*>(link);
+        link = display ? display->input().get() : nullptr;
+    }
+    source = object;
+}
+
+AcceptInfoList MSDeferredObjectDisplay::accept(const WeakPtr<VObject>& object) const {
+    const auto renderable = castStrong<VGLRenderObject>(object.lock());
+    if (!renderable) return {};
+    const VGLRenderObject& candidate = *renderable;
+    return {{"", typenameOf(typeid(candidate)), 0}};
+}
+
+void MSDeferredObjectDisplay::draw(VGLRenderContext& context) {
+    if (!source)
+        throw workbench::Failure(workbench::Fault::Usage, {name(),
+                                                           "has nothing to show",
+                                                           "an input that can be drawn",
+                                                           "none",
+                                                           "Connect a model, a picture or another display",
+                                                           {}});
+    auto& session = workbench::RenderSession::require(name());
+    workbench::reportPendingErrors(name(), "was pending before it was drawn; something else caused it");
+    const StrongPtr<Renderer> renderer = createRenderer(context);
+    const auto target =
+        session.targets().leaseMultisample(context.width(), context.height(), renderer->requestedSamples());
+    renderer->attach({ColorUnit, DepthUnit, target->samples()});
+
+    drawInput(*source, context, *target);
+    workbench::reportPendingErrors(name(), "was left by its input, " + source->name());
+
+    const workbench::StateGuard guard;
+    workbench::setEntryState(context.width(), context.height());
+    bindScene(*target);
+    runRenderer(*renderer, name());
+}
+
+BoundingSphere MSDeferredObjectDisplay::bounds() const {
+    return source ? source->bounds() : BoundingSphere{};
+}
+
+bool MSDeferredObjectDisplay::readSamples(const VValuePool& pool, int& count) const noexcept {
+    if (!samples) return false;
+    const VParameter::LocalValue local = samples->getLocalValue(pool);
+    const auto* typed = dynamic_cast<const TypedValue<int>*>(local.value.get());
+    if (!typed) return false;
+    count = typed->value();
+    return true;
+}
+
+} // namespace krod

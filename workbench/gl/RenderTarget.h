@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: Apache-2.0
+// Off-screen targets, and the pool that keeps them for the next frame.
+#pragma once
+
+#include "workbench/gl/GLName.h"
+
+#include "host/Export.h"
+
+#include <cstddef>
+#include <memory>
+#include <set>
+#include <vector>
+
+namespace workbench {
+
+/// What a target is to be.
+struct TargetShape {
+    int width = 0;
+    int height = 0;
+    int samples = 0;   ///< 0: an ordinary texture; from 1 on: a multisample texture with at least as many
+    bool depth = true; ///< with 32 bit float depth
+
+    friend bool operator==(const TargetShape&, const TargetShape&) = default;
+    /// Memory of the textures, as far as formats and counts tell.
+    [[nodiscard]] std::size_t bytes() const noexcept;
+};
+
+/// A framebuffer with textures for half RGBA colour and float depth, contents undefined.
+class RenderTarget {
+public:
+    /// Throws Failure(Output) when the memory does not suffice, Failure(OpenGL) when the driver refuses.
+    explicit RenderTarget(const TargetShape& shape);
+
+    [[nodiscard]] const TargetShape& shape() const noexcept { return wanted; }
+    [[nodiscard]] unsigned framebuffer() const noexcept { return frame.get(); }
+    [[nodiscard]] unsigned color() const noexcept { return colorTexture.get(); }
+    [[nodiscard]] unsigned depth() const noexcept { return depthTexture.get(); }
+    /// The samples that the textures really hold; 0 for ordinary textures.
+    [[nodiscard]] int samples() const noexcept { return realSamples; }
+
+    /// Makes it the current framebuffer, for drawing and reading.
+    void bind() const;
+    /// Fills the current framebuffer with a colour, and its depth with 1. Leaves colour and depth writes
+    /// enabled and the scissor test off.
+    static void clear(const float (&color)[4]);
+
+private:
+    void makeTextures();
+    void makeFramebuffer();
+
+    TargetShape wanted;
+    GLName colorTexture, depthTexture, frame;
+    int realSamples = 0;
+};
+
+/// Targets that nobody uses at the moment, up to a number and an amount of memory; the oldest go first.
+class KROD_API TargetPool {
+public:
+    static constexpr std::size_t MostIdle = 6;
+    static constexpr std::size_t MostIdleBytes = std::size_t{384} << 20;
+
+    struct Return {
+        TargetPool* pool;
+        void operator()(RenderTarget* target) const noexcept;
+    };
+    /// A target in use. Comes back to the pool at its end.
+    using Lease = std::unique_ptr<RenderTarget, Return>;
+
+    /// The limits of the driver.
+    TargetPool(int maxSamples, int maxSize) noexcept : maxSamples(maxSamples), maxSize(maxSize) {}
+
+    /// An ordinary target. Throws as RenderTarget does, and Failure(OpenGL) beyond the driver's size.
+    [[nodiscard]] Lease lease(int width, int height, bool depth);
+    /// A multisample target of that many samples, or of the next count that the driver grants; a difference
+    /// that costs samples is told once.
+    [[nodiscard]] Lease leaseMultisample(int width, int height, int askedSamples);
+
+    [[nodiscard]] std::size_t idleCount() const noexcept { return idle.size(); }
+
+private:
+    [[nodiscard]] Lease lease(const TargetShape& shape);
+    [[nodiscard]] int grantedSamples(int asked);
+    void giveBack(std::unique_ptr<RenderTarget> target);
+
+    int maxSamples, maxSize;
+    std::vector<std::unique_ptr<RenderTarget>> idle; // the oldest first
+    std::set<int> toldSamples;
+};
+
+} // namespace workbench

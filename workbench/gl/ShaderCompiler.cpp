@@ -1,0 +1,112 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "workbench/gl/ShaderCompiler.h"
+
+#include "workbench/gl/ShaderFiles.h"
+#include "workbench/gl/dialect/ShaderLog.h"
+#include "workbench/report/Failure.h"
+
+#include <epoxy/gl.h>
+
+#include <algorithm>
+#include <optional>
+#include <vector>
+
+namespace workbench {
+namespace {
+
+/// More lines than this help nobody.
+constexpr std::size_t MostDetails = 200;
+
+/// A text that has a user's file in it is numbered in that file's lines from there on.
+std::vector<TextRegion> regionsOf(const std::string& text) {
+    const std::optional<ShaderFileInText> file = findShaderFile(text);
+    if (!file) return {};
+    const auto end = text.begin() + static_cast<std::ptrdiff_t>(file->offset);
+    const int linesBefore = static_cast<int>(std::count(text.begin(), end, '\n'));
+    return {{"text", linesBefore}, {file->path.string(), 0}};
+}
+
+std::string shaderLog(GLuint shader) {
+    GLint length = 0;
+    glGetShaderiv(shader, GL_INFO_LOG_LENGTH, &length);
+    std::string log(static_cast<std::size_t>(std::max(0, length)), '\0');
+    if (!log.empty()) glGetShaderInfoLog(shader, length, &length, log.data());
+    log.resize(static_cast<std::size_t>(std::max(0, length)));
+    return log;
+}
+
+std::string programLog(GLuint program) {
+    GLint length = 0;
+    glGetProgramiv(program, GL_INFO_LOG_LENGTH, &length);
+    std::string log(static_cast<std::size_t>(std::max(0, length)), '\0');
+    if (!log.empty()) glGetProgramInfoLog(program, length, &length, log.data());
+    log.resize(static_cast<std::size_t>(std::max(0, length)));
+    return log;
+}
+
+std::string placeText(const LogEntry& entry) {
+    if (entry.line == 0) return "";
+    std::string place = entry.region + " line " + std::to_string(entry.line);
+    if (entry.column > 0) place += ", column " + std::to_string(entry.column);
+    return place + ": ";
+}
+
+/// The sentence speaks of the first error; warnings in front of it stay in the details.
+Failure refusal(const std::string& label, const std::string& what, const std::string& log,
+                const LineTable& lines) {
+    const std::vector<LogEntry> entries = parseShaderLog(log, lines);
+    const auto error = std::find_if(entries.begin(), entries.end(), [](const LogEntry& entry) {
+        return entry.severity == LogSeverity::Error;
+    });
+    const auto first = error != entries.end() ? error : entries.begin();
+    Diagnostic diagnostic{label, what, "", "", "", {}};
+    diagnostic.got =
+        first == entries.end() ? "no reason from the driver" : placeText(*first) + first->message;
+    for (const LogEntry& entry : entries)
+        for (std::string& line : renderLogEntry(entry, lines))
+            if (diagnostic.details.size() < MostDetails) diagnostic.details.push_back(std::move(line));
+    return Failure(Fault::Shader, std::move(diagnostic));
+}
+
+GLName compileShader(const std::string& text, const std::string& label, ShaderStage stage, bool strict) {
+    const bool isVertex = stage == ShaderStage::Vertex;
+    const AdaptedText adapted = adaptText(text, stage, strict, regionsOf(text));
+    const std::string source = adapted.joined();
+    const char* const begin = source.data();
+    const GLint length = static_cast<GLint>(source.size());
+
+    GLName shader(GLName::Kind::Shader, glCreateShader(isVertex ? GL_VERTEX_SHADER : GL_FRAGMENT_SHADER));
+    glShaderSource(shader.get(), 1, &begin, &length);
+    glCompileShader(shader.get());
+    GLint compiled = GL_FALSE;
+    glGetShaderiv(shader.get(), GL_COMPILE_STATUS, &compiled);
+    if (compiled == GL_TRUE) return shader;
+    throw refusal(label,
+                  isVertex ? "does not compile as a vertex shader" : "does not compile as a fragment shader",
+                  shaderLog(shader.get()), adapted.lines);
+}
+
+} // namespace
+
+GLName compileProgram(const ProgramTexts& texts, bool strict) {
+    const GLName vertex = compileShader(texts.vertexText, texts.vertexLabel, ShaderStage::Vertex, strict);
+    const GLName fragment =
+        compileShader(texts.fragmentText, texts.fragmentLabel, ShaderStage::Fragment, strict);
+    GLName program(GLName::Kind::Program, glCreateProgram());
+    glAttachShader(program.get(), vertex.get());
+    glAttachShader(program.get(), fragment.get());
+    glLinkProgram(program.get());
+    glDetachShader(program.get(), vertex.get());
+    glDetachShader(program.get(), fragment.get());
+    GLint linked = GL_FALSE;
+    glGetProgramiv(program.get(), GL_LINK_STATUS, &linked);
+    if (linked == GL_TRUE) return program;
+    throw refusal(texts.fragmentLabel, "does not link with " + texts.vertexLabel, programLog(program.get()),
+                  LineTable(texts.fragmentText, regionsOf(texts.fragmentText)));
+}
+
+std::string adaptedText(const std::string& text, ShaderStage stage, bool strict) {
+    return adaptText(text, stage, strict).joined();
+}
+
+} // namespace workbench

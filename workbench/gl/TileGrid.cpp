@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "workbench/gl/TileGrid.h"
+
+#include "workbench/report/Failure.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <string>
+
+namespace workbench {
+namespace {
+
+/// One side of a picture: where a part begins, how long it is, and what is drawn before and behind it.
+struct Span {
+    int begin, length, before, behind;
+};
+
+std::vector<Span> cut(int total, const TileWish& wish) {
+    if (total <= wish.size) return {{0, total, 0, 0}};
+    const int most = wish.size - 2 * wish.overlap;
+    const int count = (total - 1) / most + 1;
+    const auto edge = [&](int index) { return static_cast<int>(std::int64_t{total} * index / count); };
+    std::vector<Span> spans;
+    for (int i = 0; i < count; ++i)
+        spans.push_back({edge(i), edge(i + 1) - edge(i), std::min(wish.overlap, edge(i)),
+                         std::min(wish.overlap, total - edge(i + 1))});
+    return spans;
+}
+
+Failure refusal(const char* what, const char* expected, std::string got, const char* advice) {
+    return Failure(Fault::Usage, {"picture", what, expected, std::move(got), advice, {}});
+}
+
+} // namespace
+
+std::vector<PictureTile> planTiles(int width, int height, const TileWish& wish) {
+    if (width < 1 || height < 1)
+        throw refusal("has no pixels", "at least 1x1", std::to_string(width) + 'x' + std::to_string(height),
+                      "Change --size");
+    if (wish.overlap < 0 || wish.size <= 2 * std::int64_t{wish.overlap})
+        throw refusal("cannot be cut into tiles", "tiles of more than twice the overlap",
+                      std::to_string(wish.size) + " with an overlap of " + std::to_string(wish.overlap),
+                      "Choose a larger --tile or a smaller --overlap");
+    std::vector<PictureTile> tiles;
+    for (const Span& row : cut(height, wish))
+        for (const Span& column : cut(width, wish))
+            tiles.push_back({column.begin, row.begin, column.length, row.length, column.before, row.before,
+                             column.behind, row.behind});
+    return tiles;
+}
+
+} // namespace workbench
