@@ -1,0 +1,13 @@
+const float Gr = 1.0;
+const float Gg = 100.00000000000004;
+const float Gb = 1.0;
+const float Ga = 9.999999999999994e-08;
+uniform sampler2D frame;
+void main (void)
+{
+vec4 Color = texture2D(frame, gl_TexCoord[0].xy);
+	gl_FragColor.r = pow(Color.r, Gr);
+	gl_FragColor.g = pow(Color.g, Gg);
+	gl_FragColor.b = pow(Color.b, Gb);
+	gl_FragColor.a = pow(Color.a, Ga);
+}
