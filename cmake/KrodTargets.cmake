@@ -36,7 +36,7 @@ function(krod_plugin target)
 
   add_library(${target} MODULE)
   target_link_libraries(${target} PRIVATE ${target}_units)
-  target_link_options(${target} PRIVATE -Wl,--version-script=${map} -Wl,-z,now -Wl,-z,relro $<$<NOT:$<BOOL:${KROD_SANITIZE}>>:-Wl,-z,defs>)
+  target_link_options(${target} PRIVATE -Wl,--version-script=${map} -Wl,-z,now -Wl,-z,relro -Wl,-z,defs)
   set_target_properties(${target} PROPERTIES
     PREFIX "" LIBRARY_OUTPUT_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR} LINK_DEPENDS ${map} INSTALL_RPATH "$ORIGIN/..")
   if(NOT PLUGIN_FOR_TESTS)

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Display/Blurred - blurs the picture of its input horizontally.     (catalogue row 2)
+// Display/Blurred - blurs the picture of its input horizontally. (catalogue row 2)
 // Kept on purpose:
 //   [B1] the initial width 1 lies below its own minimum 3
 #include "Announced.h"

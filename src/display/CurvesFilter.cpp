@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Display/CurveAdjust - remaps the colour channels of its input through a curve of two segments. (catalogue
-// row 4)
+// Display/CurveAdjust - remaps the colour channels of its input through a curve of two segments. (catalogue row 4)
 #include "Announced.h"
 #include "display/DisplayFrame.h"
 

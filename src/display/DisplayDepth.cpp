@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Display/Depth - shows the depth of its input as grey.     (catalogue row 5)
+// Display/Depth - shows the depth of its input as grey. (catalogue row 5)
 // Kept on purpose:
 //   [D1] the key is shared with the tone-mapped display
 //   [D2] "samples" is not declared

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Display/Depth - maps the unbounded intensities of its input into [0, 1].     (catalogue row 9)
+// Display/Depth - maps the unbounded intensities of its input into [0, 1]. (catalogue row 9)
 // Kept on purpose:
 //   [H1] the key is shared with the depth view
 #include "Announced.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Display/HSVAdjust - rotates the hue and scales the saturation and value of its input.     (catalogue row
-// 11) Kept on purpose:
+// Display/HSVAdjust - rotates the hue and scales the saturation and value of its input. (catalogue row 11)
+// Kept on purpose:
 //   [S1] "hue" has a maximum and no minimum
 #include "Announced.h"
 #include "display/DisplayFrame.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Display/PixelContours - sharpens the outlines of its input.     (catalogue row 13)
+// Display/PixelContours - sharpens the outlines of its input. (catalogue row 13)
 // Kept on purpose:
 //   [P1] no group, no help text, no description
 #include "Announced.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Display/ProximityHDR - tone-maps its input by the brightness of each pixel's surroundings.     (catalogue
-// row 14) Kept on purpose:
+// Display/ProximityHDR - tone-maps its input by the brightness of each pixel's surroundings. (catalogue row 14)
+// Kept on purpose:
 //   [X1] "gamma" and "brightness" have a maximum and no minimum
 //   [X2] "options" has expert level 1
 #include "Announced.h"

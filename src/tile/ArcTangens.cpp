@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Hollywood/ArcTangens - compresses colour intensities with the arc tangent.     (catalogue row 1)
+// Hollywood/ArcTangens - compresses colour intensities with the arc tangent. (catalogue row 1)
 // Kept on purpose:
 //   [A1] the creator has the name form: no descriptions
 #include "Announced.h"

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 // Two modules that change the contrast of each channel with a power law.
 //
-// Hollywood/GammaCorrection - c^1.5 of red, green and blue, on the tile's half pixels.     (catalogue row 7)
+// Hollywood/GammaCorrection - c^1.5 of red, green and blue, on the tile's half pixels. (catalogue row 7)
 // Kept on purpose:
 //   [G1] the creator has the name form: no descriptions
 //   [G2] its line on standard output comes before the size test, so an empty tile prints it too
 //   [G3] alpha is left as it is
 //
-// Hollywood/ColorGammaCorrection - c^(10^v) of each channel by shader, v one parameter per channel.
-// (catalogue row 6) Kept on purpose:
+// Hollywood/ColorGammaCorrection - c^(10^v) of each channel by shader, v one per channel. (catalogue row 6)
+// Kept on purpose:
 //   [C1] an unreadable parameter counts as 1.0, an exponent of 10, though all start at 0.0
 //   [C2] 10^v is exp(v ln 10), which gives 10.000000000000002 for 1
 //   [C3] alpha is corrected like the colours

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Hollywood/HDRColoredToneMapping - compresses intensities into [0, 1), one strength per channel. (catalogue
-// row 8) Kept on purpose:
+// Hollywood/HDRColoredToneMapping - compresses intensities into [0, 1), one strength per channel. (catalogue row 8)
+// Kept on purpose:
 //   [C1] "adustable" and "indepently" are spelt so
 #include "Announced.h"
 #include "tile/TileFrame.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Hollywood/HDRToneMapping - compresses intensities into [0, 1).     (catalogue row 10)
+// Hollywood/HDRToneMapping - compresses intensities into [0, 1). (catalogue row 10)
 // Kept on purpose:
 //   [T1] order value 0, where the other tile processors have -1000 or 2000
 #include "Announced.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Hollywood/PixelBlur - blurs with a square grid of Gaussian weights.     (catalogue row 12)
+// Hollywood/PixelBlur - blurs with a square grid of Gaussian weights. (catalogue row 12)
 #include "Announced.h"
 #include "tile/TileFrame.h"
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Hollywood/TileProgram - runs a fragment shader that the user types.     (catalogue row 15)
+// Hollywood/TileProgram - runs a fragment shader that the user types. (catalogue row 15)
 // Kept on purpose:
 //   [G1] pi is cut to six decimals
 #include "Announced.h"

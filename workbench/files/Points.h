@@ -21,14 +21,12 @@ struct PointSet {
 };
 
 /// Reads a point list:
-/// - PLY, ASCII or binary, by property names: x y z, red green blue alpha (or r g b a), intensity. Integer
-/// colours are
-///   divided by the maximum of their type.
-/// - Text with names of that kind in its first line, other columns being ignored; without names 3 columns are
-/// x y z,
-///   4 x y z intensity, 6 x y z r g b, 7 with alpha, 8 with alpha and intensity. Colours are taken as they
-///   are. Semicolons, commas or blanks separate, whichever the first line has; lines with # or // are
-///   comments.
+/// - PLY, ASCII or binary, by property names: x y z, red green blue alpha (or r g b a), intensity.
+///   Integer colours are divided by the maximum of their type.
+/// - Text with names of that kind in its first line, other columns being ignored; without names 3 columns
+///   are x y z, 4 x y z intensity, 6 x y z r g b, 7 with alpha, 8 with alpha and intensity. Colours are
+///   taken as they are. Semicolons, commas or blanks separate, whichever the first line has; lines with #
+///   or // are comments.
 /// The intensity is taken as it is and multiplies red, green and blue. Errors are Failure(Input), in text
 /// with line and column.
 [[nodiscard]] KROD_FILES_API PointSet readPoints(const std::filesystem::path& path);
