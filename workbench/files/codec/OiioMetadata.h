@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The attributes of an image specification as metadata and back.
+// The attributes of an image as metadata and back.
 #pragma once
 
 #include "workbench/files/Picture.h"

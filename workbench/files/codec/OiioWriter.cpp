@@ -68,7 +68,7 @@ OiioWriter::OiioWriter(const std::filesystem::path& path, const PictureDescripti
       target(path, options.noClobber),
       proxy(target),
       output(OIIO::ImageOutput::create(codecName(format))) {
-    const OIIO::ImageSpec spec = specification(options);
+    const OIIO::ImageSpec spec = imageSpec(options);
     if (!output || !output->set_ioproxy(&proxy) || !output->open(path.string(), spec)) fail();
 }
 
@@ -76,7 +76,7 @@ OiioWriter::~OiioWriter() {
     if (output) output->close(); // may still write into the file, which is then thrown away
 }
 
-OIIO::ImageSpec OiioWriter::specification(const WriteOptions& options) {
+OIIO::ImageSpec OiioWriter::imageSpec(const WriteOptions& options) {
     OIIO::ImageSpec spec(about.width, about.height, channels, typeOf(storedDepth));
     if (channels == 2) { // two channels have no names by themselves
         spec.channelnames = {"Y", "A"};

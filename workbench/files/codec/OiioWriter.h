@@ -38,7 +38,7 @@ private:
         size_t end = 0;
     };
 
-    [[nodiscard]] OIIO::ImageSpec specification(const WriteOptions& options);
+    [[nodiscard]] OIIO::ImageSpec imageSpec(const WriteOptions& options);
     void encodeRows(int first, int count, const krod::RGBAHalf* pixels, const ExtraRows* extra) override;
     void complete() override;
     [[noreturn]] void fail();
