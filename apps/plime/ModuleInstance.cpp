@@ -6,6 +6,7 @@
 #include "apps/plime/TextFile.h"
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 namespace workbench {
@@ -145,6 +146,21 @@ void ModuleInstance::requireWithinLimits(const VParameter& target, const VValueB
     if (value.text() == initial.at(target.name())->text()) return;
     refuse(who(), "parameter \"" + target.name() + "\" is outside its limits",
            limitsText(least.get(), most.get()), value.text(), "Set it nevertheless with --unchecked");
+}
+
+void inTheNameOf(const ModuleInstance& module, const std::function<void()>& work) {
+    try {
+        work();
+    } catch (const Failure&) {
+        throw;
+    } catch (const std::bad_alloc&) {
+        throw;
+    } catch (const std::exception& error) {
+        const std::string& key = module.entry().key;
+        const std::string text = error.what();
+        const bool named = text.starts_with(key + ": ");
+        throw Failure(Fault::Partial, {key, named ? text.substr(key.size() + 2) : text, "", "", "", {}});
+    }
 }
 
 ModuleTexts textsOf(const ModuleInstance& module) {

@@ -7,6 +7,7 @@
 #include "host/core/VObject.h"
 #include "host/core/VValuePool.h"
 
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -52,6 +53,10 @@ private:
     std::map<std::string, krod::StrongPtr<krod::VValueBase>> initial;
     std::vector<std::string> hidden;
 };
+
+/// Does a module's work. What it throws beyond Failure and std::bad_alloc becomes Failure(Partial) with the
+/// module's key in front.
+void inTheNameOf(const ModuleInstance& module, const std::function<void()>& work);
 
 /// What a module says about itself, HTML allowed: its own texts, else its creator's.
 struct ModuleTexts {

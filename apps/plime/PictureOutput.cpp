@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "apps/plime/PictureOutput.h"
 
+#include "apps/plime/Interruption.h"
+
 #include "host/values/VValueTrait.h"
 
 namespace workbench {
@@ -38,6 +40,7 @@ void PictureOutput::write(int first, int count, const krod::RGBAHalf* pixels, co
 }
 
 void PictureOutput::finish(Report& report) {
+    throwIfInterrupted();
     writer->finish();
     if (writer->clippedCount() > 0)
         report.warning({path,

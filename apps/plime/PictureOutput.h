@@ -35,7 +35,8 @@ public:
 
     /// Writes the next rows.
     void write(int first, int count, const krod::RGBAHalf* pixels, const ExtraRows* extra = nullptr);
-    /// Completes the file, and tells about clipped values and dropped channels.
+    /// Completes the file, and tells about clipped values and dropped channels. Throws Failure(Interrupted)
+    /// when a signal has come: then nothing is left.
     void finish(Report& report);
 
 private:

@@ -22,7 +22,8 @@ they are stored: nothing is clipped between modules, alpha is never multiplied.
 Reads and writes EXR, PNG, TIFF, JPEG and HDR; the name of OUT says which.
 
   --with KEY        a tile processor; "plime list" shows them under Hollywood
-  -p NAME=VALUE     sets a parameter of the --with before it
+  -p NAME=VALUE     sets a parameter of the --with before it; code=@FILE reads
+                    the value from a file
   --unset NAME      makes a parameter unreadable: the module falls back
   --unchecked       accepts values outside of their limits
   -o, --output OUT  the picture to write: .exr .png .tif .tiff .jpg .jpeg .hdr
@@ -30,13 +31,14 @@ Reads and writes EXR, PNG, TIFF, JPEG and HDR; the name of OUT says which.
                     and other formats have the depth of IN
   --srgb            encodes the colours for viewing
   --tile N          lets shader processors take a picture of up to N pixels a
-                    side as one tile (4096 otherwise)
+                    side as one tile; 4096 unless asked otherwise
 
 Modules that work without a shader take pictures of any size, strip by strip.
 
 Examples:
   plime process sky.exr -o darker.exr --with Hollywood/GammaCorrection
-  plime process sky.exr -o sky.png --srgb --with Hollywood/ColorGammaCorrection -p red=-0.3
+  plime process sky.exr -o warmer.png --srgb \
+        --with Hollywood/ColorGammaCorrection -p red=-0.3 -p blue=0.1
 )";
 
 class ProcessCommand : public Command {
@@ -55,6 +57,7 @@ public:
 
     int run(Session& session) override {
         static_cast<void>(wish.requirePath());
+        if (tile) side = wholeNumber("--tile", *tile, 16, LargestSide);
         if (modules.tiles.empty())
             throw Failure(Fault::Usage, {"process",
                                          "has nothing to do",
@@ -98,17 +101,16 @@ private:
     void processWhole(Session& session, const TileChain& chain, PictureReader& reader) const {
         RenderSession rendering({.gpu = session.options().gpu, .strictGlsl = session.options().strictGlsl});
         const int width = reader.description().width, height = reader.description().height;
-        std::optional<int> side;
-        if (tile) side = wholeNumber("--tile", *tile, 16, LargestSide);
         requireOneTile(input, width, height, side, rendering.properties().maxTextureSize);
-        std::vector<krod::RGBAHalf> pixels(static_cast<std::size_t>(width) *
-                                           static_cast<std::size_t>(height));
+        const std::size_t count = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
+        requireMemory(input, count, session.options().memory);
+        std::vector<krod::RGBAHalf> pixels(count);
         ExtraRows extra;
         reader.readRows(0, height, pixels.data(), &extra);
         session.report().note("The picture is one tile of " + std::to_string(width) + "x" +
                               std::to_string(height) + " pixels on " + rendering.driver() + ".");
-        processRows(chain, pixels, width, height);
         PictureOutput output(wish, session.options(), outputDescription(chain, reader, height));
+        processRows(chain, pixels, width, height);
         output.write(0, height, pixels.data(), &extra);
         output.finish(session.report());
     }
@@ -116,6 +118,7 @@ private:
     void processStrips(Session& session, const TileChain& chain, PictureReader& reader) const {
         const int width = reader.description().width, height = reader.description().height;
         const int rows = std::min(StripRows, height);
+        session.report().note("Working in strips of " + std::to_string(rows) + " rows.");
         PictureOutput output(wish, session.options(), outputDescription(chain, reader, rows));
         const auto pixelsOf = [&](int count) {
             return static_cast<std::size_t>(width) * static_cast<std::size_t>(count);
@@ -138,6 +141,7 @@ private:
     std::string input;
     OutputWish wish;
     std::optional<std::string> tile;
+    std::optional<int> side; ///< of --tile
     ModuleChain modules;
 };
 

@@ -50,6 +50,8 @@ void Provenance::setView(const FrameSetup& setup) {
     view["up"] = point(camera.up);
     view["fieldOfView"] = camera.fieldOfView;
     view["background"] = setup.background;
+    if (planTiles(setup.width, setup.height, setup.tiles).size() > 1)
+        view["tiles"] = {{"size", setup.tiles.size}, {"overlap", setup.tiles.overlap}};
 }
 
 void Provenance::setTiles(int width, int height) { tiles = {width, height}; }

@@ -10,12 +10,14 @@
 #include "apps/plime/TilePass.h"
 #include "apps/plime/ViewOptions.h"
 #include "workbench/gl/RenderSession.h"
-#include "workbench/gl/ShaderFiles.h"
 #include "workbench/platform/EglContext.h"
 
 #include "host/gl/MSDeferredObjectDisplay.h"
 
 #include <algorithm>
+#include <functional>
+#include <limits>
+#include <set>
 
 namespace workbench {
 namespace {
@@ -32,22 +34,25 @@ is shown on a plane, or a generated scene, demo:NAME.
 
   --display KEY       a display; "plime list" shows them. Several make a chain
   --with KEY          a tile processor for the finished picture
-  -p NAME=VALUE       sets a parameter of the --display or --with before it
+  -p NAME=VALUE       sets a parameter of the --display or --with before it;
+                      code=@FILE reads the value from a file
   --unset NAME        makes a parameter unreadable: the module falls back
   --unchecked         accepts values outside of their limits
   -o, --output OUT    the picture to write: .exr .png .tif .tiff .jpg .jpeg .hdr
   -d, --depth D       half, float, uint8 or uint16
   --srgb              encodes the colours for viewing
   --size WxH          1280x720 unless asked otherwise
-  --samples N         sets "samples" of each display that has no -p samples
+  --samples N         sets "samples" of each display that has no -p samples;
+                      says where that changes nothing
   --camera EX,EY,EZ:TX,TY,TZ[:FOV]   eye, target, vertical angle in degrees;
                       else on +z, 30 degrees, as near as everything fits
   --up X,Y,Z          0,1,0 unless asked otherwise
   --background R,G,B[,A]   linear; 0,0,0,1 unless asked otherwise
   --point-size N      of point lists, in pixels
-  --tile N            draws in tiles of at most N pixels a side
-  --overlap N         draws N pixels around each tile for displays that look at
-                      their neighbours
+  --tile N            draws in tiles of at most N pixels a side, 2048 unless
+                      asked otherwise
+  --overlap N         draws N pixels around each tile, for displays that look at
+                      their neighbours; 64 unless asked otherwise
   --list-demos        lists the generated scenes
 
 Points add up, and intensities far above 1 are kept: write .exr, or add --srgb.
@@ -85,9 +90,11 @@ public:
                           {"render", "has nothing to draw", "INPUT", "", "Try demo:galaxy", {}});
         static_cast<void>(wish.requirePath());
         const Limits limits = modules.unchecked ? Limits::Unchecked : Limits::Checked;
+        if (samples) static_cast<void>(sampleCount());
         const auto scene = makeSceneInput(session.catalogue(), *input);
-        if (pointSize) scene->set("size", *pointSize, limits);
+        if (pointSize) setPointSize(*scene, limits);
         const auto displays = makeDisplays(session, *scene, limits);
+        warnOfIneffectiveSamples(session, displays);
         TileChain chain(session.catalogue(), modules.tiles, limits);
         chain.prepare();
         draw(session, *scene, displays, chain);
@@ -112,7 +119,8 @@ private:
                                              "",
                                              "Tile processors go behind --with",
                                              {}});
-            if (samples) setSamples(session, *module, *display, request, limits);
+            if (samples && !hasOwnSamples(request) && display->slots().input("samples"))
+                module->set("samples", *samples, limits);
             display->setInput(source);
             module->hideUnset(pool);
             source = display;
@@ -121,64 +129,102 @@ private:
         return displays;
     }
 
-    /// --samples for one display that has no -p samples of its own; said where it changes nothing.
-    void setSamples(Session& session, ModuleInstance& module, krod::MSDeferredObjectDisplay& display,
-                    const ModuleRequest& request, Limits limits) const {
-        const bool has = display.slots().input("samples").get() != nullptr;
-        const auto own = std::ranges::find(request.settings, "samples", &ParameterSetting::name);
-        if (has && own == request.settings.end()) module.set("samples", *samples, limits);
-        if (own != request.settings.end()) return;
-        krod::VGLRenderContext context(pool, 1, 1);
-        const int asked = display.createRenderer(context)->requestedSamples();
-        if (asked != wholeNumber("--samples", *samples, -2147483647, 2147483647))
-            session.report().warning(
-                {module.entry().key,
-                 "--samples has no effect on it, it always asks for " + std::to_string(asked) + " samples",
-                 "",
-                 "",
-                 "",
-                 {}});
+    [[nodiscard]] int sampleCount() const {
+        return wholeNumber("--samples", *samples, std::numeric_limits<int>::min(),
+                           std::numeric_limits<int>::max());
+    }
+
+    void setPointSize(ModuleInstance& scene, Limits limits) const {
+        if (!scene.object().slots().input("size"))
+            throw Failure(Fault::Usage, {"--point-size",
+                                         "has no meaning here: " + *input + " is not drawn in points",
+                                         "",
+                                         "",
+                                         "",
+                                         {}});
+        scene.set("size", *pointSize, limits);
+    }
+
+    static bool hasOwnSamples(const ModuleRequest& request) {
+        return std::ranges::find(request.settings, "samples", &ParameterSetting::name) !=
+               request.settings.end();
+    }
+
+    /// Says once per module, or once for a picture without displays, where --samples changes nothing.
+    void warnOfIneffectiveSamples(Session& session, const Displays& displays) const {
+        if (!samples) return;
+        if (displays.empty())
+            session.report().warning({"--samples", "has no effect without a --display", "", "", "", {}});
+        std::set<std::string> told;
+        for (std::size_t i = 0; i < displays.size(); ++i) {
+            if (hasOwnSamples(modules.displays[i])) continue;
+            krod::VGLRenderContext context(pool, 1, 1);
+            auto& display = dynamic_cast<krod::MSDeferredObjectDisplay&>(displays[i]->object());
+            const int asked = display.createRenderer(context)->requestedSamples();
+            const std::string& key = displays[i]->entry().key;
+            if (asked == sampleCount() || !told.insert(key).second) continue;
+            const std::string text =
+                "--samples has no effect on it, it always asks for " + std::to_string(asked) + " samples";
+            session.report().warning({key, text, "", "", "", {}});
+        }
     }
 
     void draw(Session& session, const ModuleInstance& scene, const Displays& displays,
               const TileChain& chain) const {
         const ModuleInstance& top = displays.empty() ? scene : *displays.back();
         auto& object = dynamic_cast<krod::RenderAble&>(top.object());
-        const FrameSetup setup = view.frameOf(object.bounds());
+        const krod::BoundingSphere bounds = object.bounds();
+        warnOfNothingToDraw(session.report(), scene, *input, bounds);
+        const FrameSetup setup = view.frameOf(bounds);
+        const auto tiles = planTiles(setup.width, setup.height, setup.tiles);
+        const auto heldRows = static_cast<std::uint64_t>(chain.empty() ? tiles.front().height : setup.height);
+        requireMemory(*wish.path, heldRows * static_cast<std::uint64_t>(setup.width),
+                      session.options().memory);
         RenderSession rendering({.gpu = session.options().gpu, .strictGlsl = session.options().strictGlsl});
         session.report().note("Drawing on " + rendering.driver() + ".");
+        if (tiles.size() > 1) session.report().note("Drawing in " + std::to_string(tiles.size()) + " tiles.");
         if (chain.drawsWithOpenGL())
             requireOneTile("the picture", setup.width, setup.height, LargestSide,
                            rendering.properties().maxTextureSize);
 
         PictureOutput output(wish, session.options(), describe(scene, displays, chain, setup));
-        auto pixels = drawTiles(session, rendering, object, setup);
-        if (!chain.empty()) processRows(chain, pixels, setup.width, setup.height);
-        output.write(0, setup.height, pixels.data());
+        std::vector<krod::RGBAHalf> picture;
+        if (!chain.empty()) picture.reserve(heldRows * static_cast<std::uint64_t>(setup.width));
+        drawBands(session, rendering, object, setup, [&](const PictureTile& band, const auto& pixels) {
+            if (chain.empty())
+                output.write(band.y, band.height, pixels.data());
+            else
+                picture.insert(picture.end(), pixels.begin(), pixels.end());
+        });
+        if (!chain.empty()) {
+            processRows(chain, picture, setup.width, setup.height);
+            output.write(0, setup.height, picture.data());
+        }
         output.finish(session.report());
-        for (const ShaderFile& file : usedShaderFiles())
-            session.report().note(file.name + " was taken from " + file.path.string() + ".");
+        session.noteShaderFiles();
     }
 
-    [[nodiscard]] std::vector<krod::RGBAHalf> drawTiles(Session& session, RenderSession& rendering,
-                                                        krod::RenderAble& object,
-                                                        const FrameSetup& setup) const {
+    using BandSink = std::function<void(const PictureTile& last, const std::vector<krod::RGBAHalf>& pixels)>;
+
+    /// Draws the picture from the top, a row of tiles at a time, and hands over each such band in its whole
+    /// width with the last of its tiles.
+    void drawBands(Session& session, RenderSession& rendering, krod::RenderAble& object,
+                   const FrameSetup& setup, const BandSink& sink) const {
         const auto tiles = planTiles(setup.width, setup.height, setup.tiles);
-        if (tiles.size() == 1) return renderPicture(rendering, object, pool, setup);
-        session.report().note("Drawing in " + std::to_string(tiles.size()) + " tiles.");
         Progress progress(*wish.path, tiles.size(), "tiles", 1, session.options().quiet);
         const auto width = static_cast<std::size_t>(setup.width);
-        std::vector<krod::RGBAHalf> pixels(width * static_cast<std::size_t>(setup.height));
+        std::vector<krod::RGBAHalf> band;
         for (std::size_t done = 0; done < tiles.size(); ++done) {
             throwIfInterrupted();
             const PictureTile& tile = tiles[done];
             const auto part = renderTile(rendering, object, pool, setup, tile);
+            band.resize(width * static_cast<std::size_t>(tile.height));
             for (int row = 0; row < tile.height; ++row)
                 std::copy_n(part.data() + static_cast<std::ptrdiff_t>(row) * tile.width, tile.width,
-                            pixels.data() + static_cast<std::ptrdiff_t>(tile.y + row) * setup.width + tile.x);
+                            band.data() + static_cast<std::ptrdiff_t>(row) * setup.width + tile.x);
+            if (tile.x + tile.width == setup.width) sink(tile, band);
             progress.show(done + 1);
         }
-        return pixels;
     }
 
     [[nodiscard]] PictureDescription describe(const ModuleInstance& scene, const Displays& displays,
@@ -188,6 +234,7 @@ private:
         for (const auto& display : displays) last = provenance.add(*display, last);
         for (const auto& module : chain.instances()) last = provenance.add(*module, last);
         provenance.setView(setup);
+        if (!chain.empty()) provenance.setTiles(setup.width, setup.height);
         PictureDescription description;
         description.width = setup.width;
         description.height = setup.height;

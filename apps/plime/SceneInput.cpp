@@ -65,6 +65,13 @@ std::unique_ptr<ModuleInstance> makeSceneInput(const Catalogue& catalogue, const
     return module;
 }
 
+void warnOfNothingToDraw(Report& report, const ModuleInstance& scene, const std::string& input,
+                         const krod::BoundingSphere& bounds) {
+    const bool isMesh = scene.entry().key == keyOf(InputKind::Model);
+    if (bounds.radius > 0 || (bounds.radius == 0 && !isMesh)) return;
+    report.warning({input, "draws nothing: it has no extent", "", "", "See what is in the file", {}});
+}
+
 std::string demoList(const Catalogue& catalogue) {
     std::string text;
     for (const CatalogueEntry& entry : catalogue.entries())

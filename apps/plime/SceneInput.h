@@ -4,6 +4,9 @@
 
 #include "apps/plime/Catalogue.h"
 #include "apps/plime/ModuleInstance.h"
+#include "apps/plime/Report.h"
+
+#include "host/rendering/BoundingSphere.h"
 
 #include <memory>
 #include <optional>
@@ -16,6 +19,10 @@ namespace workbench {
 /// the module for it is not loaded.
 [[nodiscard]] std::unique_ptr<ModuleInstance> makeSceneInput(const Catalogue& catalogue,
                                                              const std::string& input);
+
+/// Warns of an input without extent: nothing of it can be seen. Points need none.
+void warnOfNothingToDraw(Report& report, const ModuleInstance& scene, const std::string& input,
+                         const krod::BoundingSphere& bounds);
 
 /// One line per demo: "demo:NAME  what it shows".
 [[nodiscard]] std::string demoList(const Catalogue& catalogue);

@@ -43,4 +43,9 @@ const Catalogue& Session::catalogue() {
     return *modules;
 }
 
+void Session::noteShaderFiles() const {
+    for (const ShaderFile& file : usedShaderFiles())
+        messages.note(file.name + " is taken from " + file.path.string() + ".");
+}
+
 } // namespace workbench

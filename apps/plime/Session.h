@@ -35,6 +35,8 @@ public:
     /// The modules of all plug-ins. Warns of libraries that do not load; throws Failure(Plugin) for one that
     /// was asked for with --plugin.
     const Catalogue& catalogue();
+    /// Notes which shader files of users have taken the place of modules' texts so far.
+    void noteShaderFiles() const;
 
 private:
     const GlobalOptions& global;

@@ -31,15 +31,24 @@ Examples:
   plime shader Hollywood/TileProgram --as-compiled
 )";
 
-std::string textOfDisplay(krod::MSDeferredObjectDisplay& display, const std::string& who,
+std::string textOfDisplay(const ModuleInstance& module, krod::MSDeferredObjectDisplay& display,
                           const krod::VValuePool& pool) {
-    const auto programs = captureShader(display, pool);
+    std::vector<ProgramTexts> programs;
+    inTheNameOf(module, [&] { programs = captureShader(display, pool); });
     if (programs.empty())
-        throw Failure(Fault::Partial, {who, "made no shader program in its draw", "", "", "", {}});
+        throw Failure(Fault::Partial,
+                      {module.entry().key, "made no shader program in its draw", "", "", "", {}});
     return programs.front().fragmentText;
 }
 
 std::string textOfTile(const ModuleInstance& module, const krod::VValuePool& pool) {
+    if (!TileStep::fits(module))
+        throw Failure(Fault::Partial, {module.entry().key,
+                                       "has no shader: it is neither a display nor a tile processor",
+                                       "",
+                                       "",
+                                       "",
+                                       {}});
     const TileStep step(module);
     step.update(pool);
     const auto processor = step.processor();
@@ -67,9 +76,10 @@ public:
         module.hideUnset(pool);
         std::string text;
         if (auto* display = dynamic_cast<krod::MSDeferredObjectDisplay*>(&module.object()))
-            text = textOfDisplay(*display, module.entry().key, pool);
+            text = textOfDisplay(module, *display, pool);
         else
             text = textOfTile(module, pool);
+        session.noteShaderFiles();
         if (asCompiled) text = adaptText(text, ShaderStage::Fragment, session.options().strictGlsl).joined();
         session.streams().write(text);
         return 0;

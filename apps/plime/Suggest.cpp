@@ -35,8 +35,11 @@ std::size_t editDistance(std::string_view a, std::string_view b) {
 std::optional<std::string> nearest(std::string_view typed, const std::vector<std::string>& candidates) {
     if (typed.empty() || typed.size() > LongestTyped) return std::nullopt;
     std::optional<std::string> best;
-    // The farthest that still looks like a slip; of two letters, each is half of what was meant.
-    std::size_t bestDistance = typed.size() < 3 ? 0 : 1 + typed.size() / 4;
+    // The farthest that still looks like a slip; of two letters, each is half of what was meant. Of a key, the
+    // category is not counted: it is rarely wrong and would excuse too much.
+    const std::size_t length =
+        typed.size() - (typed.find('/') == std::string_view::npos ? 0 : typed.find('/') + 1);
+    std::size_t bestDistance = length < 3 ? 0 : 1 + length / 4;
     for (const std::string& candidate : candidates) {
         std::size_t distance = editDistance(typed, candidate);
         if (const std::size_t stroke = candidate.find('/'); stroke != std::string::npos)

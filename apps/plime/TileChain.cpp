@@ -38,13 +38,19 @@ bool isOffered(const krod::VCreatorBase* creator) {
 
 } // namespace
 
+bool TileStep::fits(const ModuleInstance& module) {
+    return static_cast<bool>(processorOutput(module.object()));
+}
+
 TileStep::TileStep(const ModuleInstance& module) : module(module), output(processorOutput(module.object())) {
     if (!output) throw notATileProcessor(module.entry().key);
 }
 
 void TileStep::update(const krod::VValuePool& pool) const {
     krod::VRequest request(pool);
-    if (!module.object().update(request, 1.0))
+    bool done = false;
+    inTheNameOf(module, [&] { done = module.object().update(request, 1.0); });
+    if (!done)
         throw Failure(Fault::Partial,
                       {module.entry().key, "could not be brought up to date", "", "", "", {}});
 }
@@ -87,7 +93,8 @@ bool TileChain::drawsWithOpenGL() const {
 
 void TileChain::process(krod::ImageTile& tile) const {
     const krod::VRenderContext context(pool);
-    for (const Processor& processor : processors) processor->process(context, tile);
+    for (std::size_t i = 0; i < processors.size(); ++i)
+        inTheNameOf(*modules[i], [&] { processors[i]->process(context, tile); });
 }
 
 } // namespace workbench

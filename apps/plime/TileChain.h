@@ -16,11 +16,13 @@ namespace workbench {
 /// One module as a source of a tile processor.
 class TileStep {
 public:
+    /// Whether the module has an output of a tile processor.
+    [[nodiscard]] static bool fits(const ModuleInstance& module);
     /// The module is borrowed. Throws Failure(Usage) when it has no output of a tile processor.
     explicit TileStep(const ModuleInstance& module);
 
-    /// Sends the module a request, its parameters read in the pool. Throws what the module throws, and
-    /// Failure(Partial) when it reports no success.
+    /// Sends the module a request, its parameters read in the pool. Works as inTheNameOf the
+    /// module; Failure(Partial), too, when it reports no success.
     void update(const krod::VValuePool& pool) const;
     /// What the module's output holds at the moment. Throws Failure(Partial) when it is empty.
     [[nodiscard]] krod::StrongPtr<krod::ImageTileProcessor> processor() const;
@@ -46,7 +48,7 @@ public:
     void prepare();
     /// Whether one of the processors draws with OpenGL. After prepare().
     [[nodiscard]] bool drawsWithOpenGL() const;
-    /// Runs every processor over the tile. A failure names its module.
+    /// Runs every processor over the tile, each as inTheNameOf its module.
     void process(krod::ImageTile& tile) const;
 
 private:

@@ -25,6 +25,19 @@ void requireOneTile(const std::string& picture, int width, int height, std::opti
                                   {}});
 }
 
+void requireMemory(const std::string& picture, std::uint64_t pixels, std::uint64_t memory) {
+    const std::uint64_t needed = pixels * 2 * sizeof(krod::RGBAHalf);
+    if (needed <= memory) return;
+    const std::uint64_t megabyte = 1U << 20U;
+    const std::string wanted = std::to_string((needed + megabyte - 1) / megabyte) + 'M';
+    throw Failure(Fault::Output, {picture,
+                                  "needs more memory than is allowed",
+                                  "at most " + std::to_string(memory / megabyte) + 'M',
+                                  wanted,
+                                  "Allow it with --memory " + wanted + ", or ask for less",
+                                  {}});
+}
+
 void processRows(const TileChain& chain, std::vector<krod::RGBAHalf>& pixels, int width, int height) {
     const krod::StrongPtr<krod::Chunk<krod::RGBAHalf>> store(
         new krod::Chunk<krod::RGBAHalf>(std::move(pixels)));

@@ -4,6 +4,7 @@
 
 #include "apps/plime/TileChain.h"
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -19,6 +20,10 @@ inline constexpr int StripRows = 256;
 /// asks for, `driverLimit` the largest texture; the advice names what would do.
 void requireOneTile(const std::string& picture, int width, int height, std::optional<int> tile,
                     int driverLimit);
+
+/// Throws Failure(Output) when a picture needs more than --memory allows: so many pixels are held at once,
+/// each of them twice, before and after.
+void requireMemory(const std::string& picture, std::uint64_t pixels, std::uint64_t memory);
 
 /// Runs the chain over rows of pixels as one tile, in place.
 void processRows(const TileChain& chain, std::vector<krod::RGBAHalf>& pixels, int width, int height);

@@ -51,6 +51,13 @@ void readSize(const std::string& text, FrameSetup& setup) {
     if (cross == std::string::npos) refuse("--size", "WIDTHxHEIGHT in pixels, like 1920x1080", text);
     setup.width = wholeNumber("--size", text.substr(0, cross), 1, LargestSide);
     setup.height = wholeNumber("--size", text.substr(cross + 1), 1, LargestSide);
+    if (std::int64_t{setup.width} * setup.height > MostPixels)
+        throw Failure(Fault::Usage, {"--size",
+                                     "is too large",
+                                     "at most " + std::to_string(MostPixels) + " pixels in all",
+                                     text,
+                                     "",
+                                     {}});
 }
 
 Camera cameraFrom(const std::string& text, const glm::dvec3& up, const krod::BoundingSphere& bounds) {

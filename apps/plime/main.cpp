@@ -74,7 +74,8 @@ int main(int argc, char** argv) {
     } catch (const Failure& failure) {
         return fail(report, failure.fault(), failure.diagnostic());
     } catch (const std::bad_alloc&) {
-        return fail(report, Fault::Output, {"", "not enough memory", "", "", "Try a smaller --memory", {}});
+        return fail(report, Fault::Output,
+                    {"", "not enough memory", "", "", "Work on a smaller picture", {}});
     } catch (const std::exception& error) {
         return fail(report, Fault::Partial, {"", error.what(), "", "", "", {}});
     } catch (...) {

@@ -61,7 +61,7 @@ TEST(Plime_help, lists_every_command_and_each_has_a_help_with_examples) {
     const Result program = run({"help"});
     EXPECT_EQ(program.code, 0);
     EXPECT_EQ(run({"--help"}).output, program.output);
-    for (const std::string command : {"list", "describe", "doctor", "help"}) {
+    for (const std::string command : {"list", "describe", "shader", "render", "process", "doctor", "help"}) {
         EXPECT_NE(program.output.find("\n  " + command + ' '), std::string::npos) << command;
         const Result help = run({"help", command});
         EXPECT_EQ(help.code, 0);
@@ -73,8 +73,13 @@ TEST(Plime_help, lists_every_command_and_each_has_a_help_with_examples) {
 }
 
 TEST(Plime_help, fits_a_terminal_of_80_columns) {
-    for (const std::vector<std::string>& arguments :
-         {std::vector<std::string>{"help"}, {"help", "list"}, {"help", "describe"}, {"help", "doctor"}}) {
+    for (const std::vector<std::string>& arguments : {std::vector<std::string>{"help"},
+                                                      {"help", "list"},
+                                                      {"help", "describe"},
+                                                      {"help", "shader"},
+                                                      {"help", "render"},
+                                                      {"help", "process"},
+                                                      {"help", "doctor"}}) {
         const std::string text = run(arguments).output;
         EXPECT_FALSE(std::regex_search(text, std::regex("[^\n]{84}"))) << text; // bytes: "…" has three
     }

@@ -9,6 +9,7 @@
 
 #include <fcntl.h>
 #include <pty.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -73,6 +74,7 @@ std::vector<std::string> environmentFor(const Call& call) {
     }
     for (const char* const name : {"KROD_PLUGIN_PATH", "KROD_SHADER_PATH", "NO_COLOR"}) variables.erase(name);
     variables["TERM"] = "xterm";
+    variables["XDG_DATA_HOME"] = "/nowhere"; // shader files of whoever runs the tests
     for (const auto& [name, value] : call.environment) variables[name] = value;
     std::vector<std::string> entries;
     for (const auto& [name, value] : variables) entries.push_back(name + '=' + value);
@@ -107,6 +109,8 @@ Result run(const Call& call) {
     if (child == 0) {
         connect(output.write, 1);
         connect(error.write, 2);
+        const rlimit limit{call.largestFile, call.largestFile};
+        if (call.largestFile > 0) ::setrlimit(RLIMIT_FSIZE, &limit);
         ::execve(PLIME, arguments.data(), environment.data());
         ::_exit(127);
     }
@@ -114,6 +118,7 @@ Result run(const Call& call) {
         if (end >= 0) ::close(end);
     Result result;
     std::thread reader([&] { result.error = readAll(error.read); });
+    if (call.meanwhile) call.meanwhile(child);
     result.output = readAll(output.read);
     reader.join();
     int status = 0;

@@ -2,6 +2,8 @@
 // Runs the built program as a child.
 #pragma once
 
+#include <cstdint>
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -21,6 +23,8 @@ struct Call {
     std::map<std::string, std::string> environment = {};
     Sink output = Sink::Captured;
     Sink error = Sink::Captured;
+    std::uint64_t largestFile = 0;              ///< bytes that the program may write to a file; 0: any number
+    std::function<void(int child)> meanwhile{}; ///< is called with the child's number while it works
 };
 
 /// What it led to.

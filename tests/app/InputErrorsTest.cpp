@@ -1,0 +1,231 @@
+// SPDX-License-Identifier: Apache-2.0
+// Everything that can be wrong with the words and files that plime render and plime process are given: one
+// sentence, the right code, and nothing written.
+#include "tests/app/PictureProgram.h"
+
+namespace {
+
+const Words Gamma = {"--with", "Hollywood/GammaCorrection"};
+const Words Colours = {"--with", "Hollywood/ColorGammaCorrection"};
+const std::string Checks = ". Check that the file is complete and has its right extension.";
+
+class PlimeInput : public PictureProgramTest {
+protected:
+    void refusedRender(int code, const std::string& sentence, const Words& more) const {
+        expectFailure(code, sentence,
+                      Words{"render", "demo:knot", "-o", at("out.exr"), "--size", "32x32"} + more);
+    }
+    void refusedProcess(int code, const std::string& sentence, const Words& more) const {
+        expectFailure(code, sentence, Words{"process", input, "-o", at("out.exr")} + more);
+    }
+    void refusedModel(const std::string& name, const std::string& bytes, const std::string& why) {
+        const std::string path = write(name, bytes).string();
+        expectFailure(3, path + ": " + why, {"render", path, "-o", at("out.exr")});
+    }
+
+    std::string input = picture("in.exr", gradient(16, 16));
+};
+
+TEST_F(PlimeInput, fileThatIsNotThere_isSaid) {
+    const std::string none = at("none.ply");
+    expectFailure(3, none + ": does not exist. Check the path.", {"render", none, "-o", at("out.exr")});
+    expectFailure(3, none + ": does not exist. Check the path.",
+                  Words{"process", none, "-o", at("out.exr")} + Gamma);
+}
+
+TEST_F(PlimeInput, folderAsInput_isSaid) {
+    const std::string sentence = folder.string() + ": cannot be read — expected a file, got a folder.";
+    expectFailure(3, sentence, {"render", folder.string(), "-o", at("out.exr")});
+    expectFailure(3, sentence, Words{"process", folder.string(), "-o", at("out.exr")} + Gamma);
+}
+
+TEST_F(PlimeInput, emptyFileAndUnknownKind_areSaid) {
+    refusedModel("a.ply", "", "cannot be read — got an empty file.");
+    refusedModel(
+        "a.abc", "what is this",
+        "is of no kind that can be read — expected a picture (.exr .png .tif .jpg .hdr …), a model (.obj "
+        ".ply .stl .glb …) or points (.ply .xyz .csv), got .abc. Give the file its right extension.");
+}
+
+TEST_F(PlimeInput, modelsAndPointsWithoutContent_areSaid) {
+    refusedModel("a.obj", "v 0 0 0\n", "cannot be read as a model — got OBJ-file is too small" + Checks);
+    refusedModel("a.xyz", "# nothing\n", "holds no points — expected at least one point.");
+    refusedModel("a.ply",
+                 "ply\nformat ascii 1.0\nelement vertex 0\nproperty float x\nproperty float y\n"
+                 "property float z\nend_header\n",
+                 "holds no points — expected at least one point.");
+}
+
+TEST_F(PlimeInput, brokenPicture_isSaid_andNothingIsWritten) {
+    const std::string whole = read(input);
+    for (const std::size_t length : {std::size_t{6}, whole.size() / 2, whole.size() - 1}) {
+        const std::string path = write("cut.exr", whole.substr(0, length)).string();
+        const Result result = run(Words{"process", path, "-o", at("out.exr")} + Gamma);
+        EXPECT_EQ(result.code, 3);
+        EXPECT_TRUE(result.error.starts_with("plime: error: " + path + ": ")) << result.error;
+        EXPECT_EQ(occurrences(result.error, "\n"), 1U) << result.error;
+        EXPECT_EQ(filesInFolder(), 2);
+    }
+}
+
+TEST_F(PlimeInput, withoutOpenGL_isSaidInOneSentence) {
+    const std::string sentence =
+        "OpenGL: cannot be used without a window — expected an EGL driver with the device or the surfaceless "
+        "platform, got none. Install an OpenGL driver; Mesa's software renderer will do.";
+    expectFailure(7, sentence, Call{{"render", "demo:knot", "-o", at("out.exr")}, WithoutOpenGL});
+    expectFailure(7, sentence, Call{Words{"process", input, "-o", at("out.exr")} + Colours, WithoutOpenGL});
+    const Result result = run(Call{Words{"process", input, "-o", at("out.exr")} + Gamma, WithoutOpenGL});
+    EXPECT_EQ(result.code, 0) << result.error << "this module needs no OpenGL";
+}
+
+TEST_F(PlimeInput, deviceThatIsNotThere_isSaid) {
+    refusedRender(
+        7,
+        "OpenGL: cannot be used as asked — expected the device \"none of these\", got no such device. "
+        "See the devices with: plime doctor.",
+        {"--gpu", "none of these"});
+}
+
+TEST_F(PlimeInput, missingWords_areNamed) {
+    expectFailure(2, "render: has nothing to draw — expected INPUT. Try demo:galaxy.",
+                  {"render", "-o", at("out.exr")});
+    expectFailure(2, "-o: is missing — expected the picture to write, -o OUT.exr.", {"render", "demo:knot"});
+    expectFailure(2, "plime process: IN is missing. See \"plime help process\".", {"process"});
+    expectFailure(2, "-o: is missing — expected the picture to write, -o OUT.exr.",
+                  Words{"process", input} + Gamma);
+    refusedProcess(2,
+                   "process: has nothing to do — expected --with KEY, a tile processor. \"plime list\" shows "
+                   "them under Hollywood.",
+                   {});
+    refusedProcess(2, "\"more.exr\": is one word too many. See \"plime help process\".",
+                   Gamma + Words{"more.exr"});
+}
+
+TEST_F(PlimeInput, demoThatIsNone_isRefusedWithASuggestion) {
+    expectFailure(2, "demo:glaxy: is no demo. Did you mean \"demo:galaxy\"?",
+                  {"render", "demo:glaxy", "-o", at("out.exr")});
+}
+
+TEST_F(PlimeInput, modulesInTheWrongPlace_areRefused) {
+    refusedRender(
+        2,
+        "Hollywood/GammaCorrection: is no display — expected a module of the category Display. Tile "
+        "processors go behind --with.",
+        {"--display", "Hollywood/GammaCorrection"});
+    const std::string none =
+        "Display/CMYK: is no tile processor — expected one of Hollywood/TileProgram, Hollywood/PixelBlur, "
+        "Hollywood/HDRToneMapping, Hollywood/HDRColoredToneMapping, Hollywood/GammaCorrection, "
+        "Hollywood/ColorGammaCorrection, Hollywood/ArcTangens. Displays go behind --display of \"plime "
+        "render\".";
+    refusedRender(2, none, {"--with", "Display/CMYK"});
+    refusedProcess(2, none, {"--with", "Display/CMYK"});
+    refusedProcess(2, "--display: is not an option of \"plime process\". See \"plime help process\".",
+                   {"--display", "Display/CMYK"});
+}
+
+TEST_F(PlimeInput, unknownAndAmbiguousKeys_areRefused) {
+    refusedProcess(2,
+                   "Hollywood/GamaCorrection: is not the key of a module. Did you mean "
+                   "\"Hollywood/GammaCorrection\"?",
+                   {"--with", "Hollywood/GamaCorrection"});
+    refusedRender(2, "Display/CMKY: is not the key of a module. Did you mean \"Display/CMYK\"?",
+                  {"--display", "Display/CMKY"});
+    refusedRender(2,
+                  "Display/Depth: is the key of several modules — expected Display/Depth@HDRObjectDisplay or "
+                  "Display/Depth@DisplayDepth, got the bare key.",
+                  {"--display", "Display/Depth"});
+}
+
+TEST_F(PlimeInput, modulesThatAreAnnouncedOnly_sayTheyCannotWork) {
+    refusedRender(
+        1,
+        "Display/Blurred: cannot draw in this version — its parameters are complete, its picture is "
+        "still to come. Choose another module.",
+        {"--display", "Display/Blurred"});
+    refusedProcess(
+        1,
+        "Hollywood/PixelBlur: cannot process pictures in this version — its parameters are complete, "
+        "its picture is still to come. Choose another module.",
+        {"--with", "Hollywood/PixelBlur"});
+}
+
+TEST_F(PlimeInput, parameters_areCheckedBeforeWork) {
+    const std::string colours = "Hollywood/ColorGammaCorrection: ";
+    refusedProcess(2, colours + "has no parameter \"rad\". Did you mean \"red\"?",
+                   Colours + Words{"-p", "rad=1"});
+    refusedProcess(
+        2,
+        colours +
+            "parameter \"red\" cannot take this value — expected a finite number like 0.5, got \"nan\".",
+        Colours + Words{"-p", "red=nan"});
+    refusedProcess(2,
+                   colours +
+                       "parameter \"red\" is outside its limits — expected -1.0 to 1.0, got 1.5. Set it "
+                       "nevertheless with --unchecked.",
+                   Colours + Words{"-p", "red=1.5"});
+    refusedRender(
+        2,
+        "Display/CMYK: parameter \"options\" has a flag without sign — expected +glow or -glow, +halo or "
+        "-halo, got \"glow\".",
+        {"--display", "Display/CMYK", "-p", "options=glow"});
+    refusedRender(2, "-p: belongs to no module — expected --display or --with before it, got nothing.",
+                  {"-p", "samples=2"});
+}
+
+TEST_F(PlimeInput, valuesOfOptions_areChecked) {
+    const auto wrong = [&](const std::string& option, const std::string& value, const std::string& rest) {
+        expectFailure(2, option + ": " + rest + ", got \"" + value + "\".",
+                      {"render", "demo:knot", "-o", at("out.exr"), option, value});
+    };
+    wrong("--size", "9", "cannot be read — expected WIDTHxHEIGHT in pixels, like 1920x1080");
+    wrong("--camera", "1,1:2",
+          "cannot be read — expected EX,EY,EZ:TX,TY,TZ[:FOV], eye and target in world units and an angle in "
+          "degrees");
+    wrong("--up", "y", "cannot be read — expected X,Y,Z, a direction in world units");
+    wrong("--background", "1,2", "cannot be read — expected R,G,B[,A], linear values");
+    wrong("--tile", "8", "has a wrong value — expected a whole number from 16 to 16384");
+    wrong("--overlap", "-1", "has a wrong value — expected a whole number from 0 to 4096");
+    wrong("--samples", "many", "has a wrong value — expected a whole number from -2147483648 to 2147483647");
+    wrong("-d", "bits", "knows no such depth — expected half, float, uint8 or uint16");
+    refusedProcess(2, "--tile: has a wrong value — expected a whole number from 16 to 131072, got \"big\".",
+                   Gamma + Words{"--tile", "big"});
+    refusedRender(2, "--point-size: has no meaning here: demo:knot is not drawn in points.",
+                  {"--point-size", "3"});
+}
+
+TEST_F(PlimeInput, viewsThatShowNothing_areRefused) {
+    refusedRender(
+        2,
+        "camera: has no direction — expected an eye and a target at different places. Change --camera "
+        "or --up.",
+        {"--camera", "1,2,3:1,2,3"});
+    refusedRender(2,
+                  "camera: does not know which side is up — expected an up direction across the view. Change "
+                  "--camera or --up.",
+                  {"--up", "0,0,1"});
+    refusedRender(
+        2, "camera: has no field of view — expected degrees between 0 and 180. Change --camera or --up.",
+        {"--camera", "0,0,9:0,0,0:180"});
+}
+
+TEST_F(PlimeInput, picturesBeyondMemory_areRefusedBeforeWork) {
+    expectFailure(2, "--size: is too large — expected at most 2147483648 pixels in all, got 131072x131072.",
+                  {"render", "demo:knot", "-o", at("out.exr"), "--size", "131072x131072"});
+    expectFailure(4,
+                  at("out.exr") +
+                      ": needs more memory than is allowed — expected at most 10M, got 16M. Allow it "
+                      "with --memory 16M, or ask for less.",
+                  {"render", "demo:knot", "-o", at("out.exr"), "--size", "1024x1024", "--memory", "10M"});
+}
+
+TEST_F(PlimeInput, shaderFileThatDoesNotCompile_isNamedWithItsLine) {
+    const auto file = write("CMYK.frag", "void main() {\n  gl_FragColor = vec4(oops);\n}\n");
+    const Result result = run({"render", "demo:knot", "-o", at("out.exr"), "--display", "Display/CMYK",
+                               "--shader-dir", folder.string(), "-q"});
+    EXPECT_EQ(result.code, 6);
+    expectHas(result.error, "does not compile as a fragment shader — got " + file.string() + " line 2");
+    EXPECT_FALSE(std::filesystem::exists(at("out.exr")));
+    EXPECT_EQ(filesInFolder(), 2);
+}
+
+} // namespace
