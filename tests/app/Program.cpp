@@ -9,6 +9,8 @@
 
 #include <fcntl.h>
 #include <pty.h>
+#include <sched.h>
+#include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -23,6 +25,21 @@ struct Ends {
     int write = -1;
 };
 
+/// A bare root lacks the file system that terminals live in. Whoever may mount it gets one for this process alone.
+void mountTerminals() {
+    if (::unshare(CLONE_NEWNS) == 0 && ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0)
+        ::mount("devpts", "/dev/pts", "devpts", 0, "newinstance,ptmxmode=0666");
+}
+
+Ends openTerminal() {
+    Ends ends;
+    if (::openpty(&ends.read, &ends.write, nullptr, nullptr, nullptr) == 0) return ends;
+    mountTerminals();
+    if (::openpty(&ends.read, &ends.write, nullptr, nullptr, nullptr) != 0)
+        throw std::runtime_error("there is no terminal to test with; mount devpts on /dev/pts");
+    return ends;
+}
+
 Ends open(Sink sink) {
     Ends ends;
     std::array<int, 2> pipe{};
@@ -36,8 +53,7 @@ Ends open(Sink sink) {
         ends.write = ::open("/dev/full", O_WRONLY | O_CLOEXEC);
         break;
     case Sink::Terminal:
-        if (::openpty(&ends.read, &ends.write, nullptr, nullptr, nullptr) != 0)
-            throw std::runtime_error("no terminal");
+        ends = openTerminal();
         ::fcntl(ends.read, F_SETFD, FD_CLOEXEC);
         ::fcntl(ends.write, F_SETFD, FD_CLOEXEC);
         break;

@@ -87,6 +87,12 @@ bool enterNetwork(const std::string& network, const std::vector<Metadatum>& meta
     return true;
 }
 
+/// Words between OpenImageIO and its formats, which no user misses.
+bool isHint(std::string_view name) {
+    return name.starts_with("oiio:") || name.starts_with("tiff:") || name.starts_with("png:") ||
+           name.starts_with("jpeg:");
+}
+
 } // namespace
 
 std::vector<Metadatum> metadataOf(const OIIO::ImageSpec& spec) {
@@ -114,7 +120,7 @@ void enterMetadata(const std::vector<Metadatum>& metadata, const PictureFormat& 
         if (isStorage(entry.name) || belongsToExr(entry)) continue;
         if (entry.name == NetworkName && entry.type == "string")
             network = &entry;
-        else if (!format.holdsTexts || !enterOne(entry, spec))
+        else if ((!format.holdsTexts || !enterOne(entry, spec)) && !isHint(entry.name))
             dropped.push_back(entry.name);
     }
     if (network && (!format.holdsTexts || !enterNetwork(network->text, metadata, format, spec)))

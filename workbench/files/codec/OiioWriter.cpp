@@ -69,7 +69,12 @@ OiioWriter::OiioWriter(const std::filesystem::path& path, const PictureDescripti
       proxy(target),
       output(OIIO::ImageOutput::create(codecName(format))) {
     const OIIO::ImageSpec spec = imageSpec(options);
-    if (!output || !output->set_ioproxy(&proxy) || !output->open(path.string(), spec)) fail();
+    // TIFF files with Exif directories come out broken through a proxy, since libtiff cannot find its directories again
+    // (OpenImageIO 2.4). They are written into the temporary file by name.
+    const bool byName = format.name == "TIFF";
+    if (!output || (!byName && !output->set_ioproxy(&proxy)) ||
+        !output->open((byName ? target.temporary() : path).string(), spec))
+        fail();
 }
 
 OiioWriter::~OiioWriter() {
@@ -101,6 +106,9 @@ OIIO::ImageSpec OiioWriter::imageSpec(const WriteOptions& options) {
         spec.attribute("jpeg:subsampling", "4:4:4"); // chroma at full size
         spec.attribute("Compression", "jpeg:95");
     }
+    // A TIFF without a date would get the present one; the same work is to leave the same bytes. Blanks between the
+    // colons mean an unknown date.
+    if (format.name == "TIFF" && !about.find("DateTime")) spec.attribute("DateTime", "    :  :     :  :  ");
     if (format.name == "TIFF" && storedDepth == PixelDepth::Half) spec.attribute("tiff:half", 1);
     if (options.srgb) spec.attribute("oiio:ColorSpace", "sRGB");
     return spec;
