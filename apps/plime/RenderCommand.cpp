@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // plime render: a scene through displays into a picture.
+#include "apps/plime/FileStamp.h"
+#include "apps/plime/Help.h"
 #include "apps/plime/Interruption.h"
 #include "apps/plime/Numbers.h"
 #include "apps/plime/PictureOutput.h"
@@ -7,6 +9,7 @@
 #include "apps/plime/Provenance.h"
 #include "apps/plime/SceneInput.h"
 #include "apps/plime/Session.h"
+#include "apps/plime/TileJournal.h"
 #include "apps/plime/TilePass.h"
 #include "apps/plime/ViewOptions.h"
 #include "workbench/gl/RenderSession.h"
@@ -53,6 +56,8 @@ is shown on a plane, or a generated scene, demo:NAME.
                       asked otherwise
   --overlap N         draws N pixels around each tile, for displays that look at
                       their neighbours; 64 unless asked otherwise
+  --resume            takes the tiles that an interrupted run of this command
+                      has left in OUT.parts; without it all are drawn anew
   --list-demos        lists the generated scenes
 
 Points add up, and intensities far above 1 are kept: write .exr, or add --srgb.
@@ -61,6 +66,7 @@ Examples:
   plime render bunny.ply -o bunny.png --srgb
   plime render demo:galaxy --display Display/CMYK -o galaxy.exr
   plime render model.glb --display Display/CMYK -o cmyk.png --size 1920x1080
+  plime render model.glb -o poster.exr --size 16384x16384 --resume
 )";
 
 class RenderCommand : public Command {
@@ -77,6 +83,7 @@ public:
         syntax.options.push_back({"--samples", &samples});
         syntax.options.push_back({"--point-size", &pointSize});
         syntax.options.push_back({"--list-demos", &listDemos});
+        syntax.options.push_back({"--resume", &resume});
         return syntax;
     }
 
@@ -103,6 +110,16 @@ public:
 
 private:
     using Displays = std::vector<std::unique_ptr<ModuleInstance>>;
+
+    /// What a picture is drawn with.
+    struct Drawing {
+        Session& session;
+        RenderSession& rendering;
+        krod::RenderAble& object;
+        const FrameSetup& setup;
+        const TileChain& chain;
+        TileJournal* journal = nullptr; ///< null: finished tiles are not kept
+    };
 
     /// The displays, each connected to the one before it, the first to the scene.
     [[nodiscard]] Displays makeDisplays(Session& session, const ModuleInstance& scene, Limits limits) {
@@ -187,37 +204,114 @@ private:
             requireOneTile("the picture", setup.width, setup.height, LargestSide,
                            rendering.properties().maxTextureSize);
 
-        PictureOutput output(wish, session.options(), describe(scene, displays, chain, setup));
+        const PictureDescription description = describe(scene, displays, chain, setup);
+        PictureOutput output(wish, session.options(), description);
+        const Drawing drawing{session, rendering, object, setup, chain};
+        if (tiles.size() == 1)
+            drawInto(output, drawing);
+        else
+            drawKeepingTiles(output, drawing, jobText(session, rendering, scene, displays, description));
+        session.noteShaderFiles();
+    }
+
+    /// Everything that decides the pixels of the tiles, as a text. Files that the input itself refers to, such
+    /// as the textures of a model, are not in it.
+    [[nodiscard]] std::string jobText(const Session& session, const RenderSession& rendering,
+                                      const ModuleInstance& scene, const Displays& displays,
+                                      const PictureDescription& description) const {
+        std::string text = versionText() + description.find(NetworkName)->text + '\n' + rendering.driver() +
+                           (session.options().strictGlsl ? " strict\n" : "\n") +
+                           shaderFileStamps(session.shaderFolders());
+        if (const auto file = scene.object().slots().input("file")) text += fileStamp(file->value().text());
+        const auto addPlugin = [&](const CatalogueEntry& entry) {
+            text += entry.plugin.value_or("") + '\n' + (entry.path ? fileStamp(*entry.path) : "");
+        };
+        addPlugin(scene.entry());
+        for (const auto& display : displays) addPlugin(display->entry());
+        for (const ModuleRequest& request : modules.displays) {
+            text += request.key;
+            for (const std::string& name : request.unset) text += " without " + name;
+            text += '\n';
+        }
+        return text;
+    }
+
+    /// Draws the picture and keeps finished tiles until it is complete. A failure says how to go on, if there
+    /// is anything to take.
+    void drawKeepingTiles(PictureOutput& output, Drawing drawing, const std::string& job) const {
+        TileJournal journal(*wish.path, job, resume);
+        drawing.journal = &journal;
+        Report& report = drawing.session.report();
+        const std::string parts = journal.folder().string();
+        if (journal.foundAnotherJob())
+            report.warning({parts,
+                            "its tiles are of another drawing: input, parameters, view, driver or program "
+                            "have changed; all tiles are drawn anew",
+                            "",
+                            "",
+                            "",
+                            {}});
+        try {
+            drawInto(output, drawing);
+        } catch (const Failure& failure) {
+            if (!journal.holdsTiles()) throw;
+            Diagnostic message = failure.diagnostic();
+            message.details.push_back("Finished tiles are kept in " + parts +
+                                      "; continue with the same command and --resume");
+            throw Failure(failure.fault(), message);
+        }
+        journal.remove();
+        const auto all = planTiles(drawing.setup.width, drawing.setup.height, drawing.setup.tiles).size();
+        if (resume)
+            report.note(std::to_string(journal.takenCount()) + " of " + std::to_string(all) +
+                        " tiles taken from " + parts + '.');
+    }
+
+    /// Draws the picture, runs the chain over it and completes the file.
+    void drawInto(PictureOutput& output, const Drawing& drawing) const {
+        const FrameSetup& setup = drawing.setup;
+        const bool whole = !drawing.chain.empty();
         std::vector<krod::RGBAHalf> picture;
-        if (!chain.empty()) picture.reserve(heldRows * static_cast<std::uint64_t>(setup.width));
-        drawBands(session, rendering, object, setup, [&](const PictureTile& band, const auto& pixels) {
-            if (chain.empty())
-                output.write(band.y, band.height, pixels.data());
-            else
+        if (whole)
+            picture.reserve(static_cast<std::size_t>(setup.width) * static_cast<std::size_t>(setup.height));
+        drawBands(drawing, [&](const PictureTile& band, const auto& pixels) {
+            if (whole)
                 picture.insert(picture.end(), pixels.begin(), pixels.end());
+            else
+                output.write(band.y, band.height, pixels.data());
         });
-        if (!chain.empty()) {
-            processRows(chain, picture, setup.width, setup.height);
+        if (whole) {
+            processRows(drawing.chain, picture, setup.width, setup.height);
             output.write(0, setup.height, picture.data());
         }
-        output.finish(session.report());
-        session.noteShaderFiles();
+        output.finish(drawing.session.report());
+    }
+
+    /// A kept tile, else one that is drawn and kept.
+    [[nodiscard]] std::vector<krod::RGBAHalf> tileOf(std::size_t number, const PictureTile& tile,
+                                                     const Drawing& drawing) const {
+        TileJournal* const journal = drawing.journal;
+        const std::size_t size = static_cast<std::size_t>(tile.width) * static_cast<std::size_t>(tile.height);
+        if (auto kept = journal ? journal->take(number, size) : std::nullopt) return *std::move(kept);
+        auto pixels = renderTile(drawing.rendering, drawing.object, pool, drawing.setup, tile);
+        if (journal) journal->keep(number, pixels);
+        return pixels;
     }
 
     using BandSink = std::function<void(const PictureTile& last, const std::vector<krod::RGBAHalf>& pixels)>;
 
-    /// Draws the picture from the top, a row of tiles at a time, and hands over each such band in its whole
-    /// width with the last of its tiles.
-    void drawBands(Session& session, RenderSession& rendering, krod::RenderAble& object,
-                   const FrameSetup& setup, const BandSink& sink) const {
+    /// Goes through the picture from the top, a row of tiles at a time, and hands over each such band in its
+    /// whole width with the last of its tiles.
+    void drawBands(const Drawing& drawing, const BandSink& sink) const {
+        const FrameSetup& setup = drawing.setup;
         const auto tiles = planTiles(setup.width, setup.height, setup.tiles);
-        Progress progress(*wish.path, tiles.size(), "tiles", 1, session.options().quiet);
+        Progress progress(*wish.path, tiles.size(), "tiles", 1, drawing.session.options().quiet);
         const auto width = static_cast<std::size_t>(setup.width);
         std::vector<krod::RGBAHalf> band;
         for (std::size_t done = 0; done < tiles.size(); ++done) {
             throwIfInterrupted();
             const PictureTile& tile = tiles[done];
-            const auto part = renderTile(rendering, object, pool, setup, tile);
+            const auto part = tileOf(done, tile, drawing);
             band.resize(width * static_cast<std::size_t>(tile.height));
             for (int row = 0; row < tile.height; ++row)
                 std::copy_n(part.data() + static_cast<std::ptrdiff_t>(row) * tile.width, tile.width,
@@ -248,7 +342,7 @@ private:
     ViewOptions view;
     ModuleChain modules;
     krod::VValuePool pool;
-    bool listDemos = false;
+    bool listDemos = false, resume = false;
 };
 
 } // namespace
