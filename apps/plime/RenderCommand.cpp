@@ -2,10 +2,9 @@
 // plime render: a scene through displays into a picture.
 #include "apps/plime/FileStamp.h"
 #include "apps/plime/Help.h"
-#include "apps/plime/Interruption.h"
 #include "apps/plime/Numbers.h"
+#include "apps/plime/PictureDrawing.h"
 #include "apps/plime/PictureOutput.h"
-#include "apps/plime/Progress.h"
 #include "apps/plime/Provenance.h"
 #include "apps/plime/SceneInput.h"
 #include "apps/plime/Session.h"
@@ -18,7 +17,6 @@
 #include "host/gl/MSDeferredObjectDisplay.h"
 
 #include <algorithm>
-#include <functional>
 #include <limits>
 #include <set>
 
@@ -111,16 +109,6 @@ public:
 private:
     using Displays = std::vector<std::unique_ptr<ModuleInstance>>;
 
-    /// What a picture is drawn with.
-    struct Drawing {
-        Session& session;
-        RenderSession& rendering;
-        krod::RenderAble& object;
-        const FrameSetup& setup;
-        const TileChain& chain;
-        TileJournal* journal = nullptr; ///< null: finished tiles are not kept
-    };
-
     /// The displays, each connected to the one before it, the first to the scene.
     [[nodiscard]] Displays makeDisplays(Session& session, const ModuleInstance& scene, Limits limits) {
         Displays displays;
@@ -206,11 +194,14 @@ private:
 
         const PictureDescription description = describe(scene, displays, chain, setup);
         PictureOutput output(wish, session.options(), description);
-        const Drawing drawing{session, rendering, object, setup, chain};
-        if (tiles.size() == 1)
-            drawInto(output, drawing);
-        else
-            drawKeepingTiles(output, drawing, jobText(session, rendering, scene, displays, description));
+        PictureDrawing drawing{rendering, object, pool, setup, chain, *wish.path, session.options().quiet};
+        if (tiles.size() == 1) {
+            drawPicture(drawing, output);
+            output.finish(session.report());
+        } else {
+            drawKeepingTiles(session.report(), drawing, output,
+                             jobText(session, rendering, scene, displays, description));
+        }
         session.noteShaderFiles();
     }
 
@@ -238,10 +229,10 @@ private:
 
     /// Draws the picture and keeps finished tiles until it is complete. A failure says how to go on, if there
     /// is anything to take.
-    void drawKeepingTiles(PictureOutput& output, Drawing drawing, const std::string& job) const {
+    void drawKeepingTiles(Report& report, PictureDrawing& drawing, PictureOutput& output,
+                          const std::string& job) const {
         TileJournal journal(*wish.path, job, resume);
         drawing.journal = &journal;
-        Report& report = drawing.session.report();
         const std::string parts = journal.folder().string();
         if (journal.foundAnotherJob())
             report.warning({parts,
@@ -252,7 +243,8 @@ private:
                             "",
                             {}});
         try {
-            drawInto(output, drawing);
+            drawPicture(drawing, output);
+            output.finish(report);
         } catch (const Failure& failure) {
             if (!journal.holdsTiles()) throw;
             Diagnostic message = failure.diagnostic();
@@ -265,60 +257,6 @@ private:
         if (resume)
             report.note(std::to_string(journal.takenCount()) + " of " + std::to_string(all) +
                         " tiles taken from " + parts + '.');
-    }
-
-    /// Draws the picture, runs the chain over it and completes the file.
-    void drawInto(PictureOutput& output, const Drawing& drawing) const {
-        const FrameSetup& setup = drawing.setup;
-        const bool whole = !drawing.chain.empty();
-        std::vector<krod::RGBAHalf> picture;
-        if (whole)
-            picture.reserve(static_cast<std::size_t>(setup.width) * static_cast<std::size_t>(setup.height));
-        drawBands(drawing, [&](const PictureTile& band, const auto& pixels) {
-            if (whole)
-                picture.insert(picture.end(), pixels.begin(), pixels.end());
-            else
-                output.write(band.y, band.height, pixels.data());
-        });
-        if (whole) {
-            processRows(drawing.chain, picture, setup.width, setup.height);
-            output.write(0, setup.height, picture.data());
-        }
-        output.finish(drawing.session.report());
-    }
-
-    /// A kept tile, else one that is drawn and kept.
-    [[nodiscard]] std::vector<krod::RGBAHalf> tileOf(std::size_t number, const PictureTile& tile,
-                                                     const Drawing& drawing) const {
-        TileJournal* const journal = drawing.journal;
-        const std::size_t size = static_cast<std::size_t>(tile.width) * static_cast<std::size_t>(tile.height);
-        if (auto kept = journal ? journal->take(number, size) : std::nullopt) return *std::move(kept);
-        auto pixels = renderTile(drawing.rendering, drawing.object, pool, drawing.setup, tile);
-        if (journal) journal->keep(number, pixels);
-        return pixels;
-    }
-
-    using BandSink = std::function<void(const PictureTile& last, const std::vector<krod::RGBAHalf>& pixels)>;
-
-    /// Goes through the picture from the top, a row of tiles at a time, and hands over each such band in its
-    /// whole width with the last of its tiles.
-    void drawBands(const Drawing& drawing, const BandSink& sink) const {
-        const FrameSetup& setup = drawing.setup;
-        const auto tiles = planTiles(setup.width, setup.height, setup.tiles);
-        Progress progress(*wish.path, tiles.size(), "tiles", 1, drawing.session.options().quiet);
-        const auto width = static_cast<std::size_t>(setup.width);
-        std::vector<krod::RGBAHalf> band;
-        for (std::size_t done = 0; done < tiles.size(); ++done) {
-            throwIfInterrupted();
-            const PictureTile& tile = tiles[done];
-            const auto part = tileOf(done, tile, drawing);
-            band.resize(width * static_cast<std::size_t>(tile.height));
-            for (int row = 0; row < tile.height; ++row)
-                std::copy_n(part.data() + static_cast<std::ptrdiff_t>(row) * tile.width, tile.width,
-                            band.data() + static_cast<std::ptrdiff_t>(row) * setup.width + tile.x);
-            if (tile.x + tile.width == setup.width) sink(tile, band);
-            progress.show(done + 1);
-        }
     }
 
     [[nodiscard]] PictureDescription describe(const ModuleInstance& scene, const Displays& displays,
