@@ -9,6 +9,7 @@ namespace krod {
 /// Something with inputs and outputs.
 class KROD_API VConnectable {
 public:
+    /// [host] Without inputs and outputs.
     VConnectable();
     VConnectable(const VConnectable&) = delete;
     VConnectable& operator=(const VConnectable&) = delete;

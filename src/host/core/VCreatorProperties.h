@@ -46,6 +46,7 @@ private:
 template <VCreatorPropertyBase::Field F>
 class VCreatorProperty : public VCreatorPropertyBase {
 public:
+    /// [load · copies]
     explicit VCreatorProperty(std::string text) : VCreatorPropertyBase(F, std::move(text)) {}
 };
 

@@ -27,6 +27,7 @@ public:
     explicit VObject(std::string name);
     ~VObject() override;
 
+    /// [any · borrows] The object's name.
     [[nodiscard]] const std::string& name() const noexcept { return text; }
     /// [host · shares] The object's own strong reference. Not inside a constructor.
     [[nodiscard]] StrongPtr<VObject> self() noexcept { return StrongPtr<VObject>(this); }

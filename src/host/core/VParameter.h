@@ -41,6 +41,7 @@ public:
     VParameter(StrongPtr<VValueBase> value, std::string name, StrongPtr<VCreationPreferences> preferences);
     ~VParameter() override;
 
+    /// [any · borrows] The parameter's name.
     [[nodiscard]] const std::string& name() const noexcept { return text; }
     /// [host · borrows] The host's name of the value's type.
     [[nodiscard]] std::string typeName() const { return own->typeName(); }

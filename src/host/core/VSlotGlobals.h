@@ -15,6 +15,7 @@ class VObject;
 /// Raised by VSlotGlobals::assertionFail.
 class KROD_API SlotAssertion : public std::logic_error {
 public:
+    /// [any · copies]
     explicit SlotAssertion(const std::string& slotName);
     ~SlotAssertion() override;
 };

@@ -12,6 +12,7 @@ namespace krod {
 /// value for it, or says that it cannot be read here.
 class KROD_API VValuePool {
 public:
+    /// [host] A pool in which every parameter reads as its own value.
     VValuePool();
     ~VValuePool();
 

@@ -13,6 +13,7 @@ public:
     /// nothing, the two destructors, render.
     class KROD_API DeferredRenderer : public ReferenceBase {
     public:
+        /// [host] Made by a factory, once per frame.
         explicit DeferredRenderer(VGLRenderContext& context) noexcept;
         ~DeferredRenderer() override;
         /// [host, gl] Draws onto the current frame. Throws GLError and what GLProgram throws.

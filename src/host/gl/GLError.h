@@ -16,6 +16,7 @@ public:
     GLError(const std::string& label, const std::string& sourceFile, int line, unsigned code);
     ~GLError() override;
 
+    /// [any] The error as OpenGL numbers it.
     [[nodiscard]] unsigned code() const noexcept { return number; }
 
     /// [host, gl · borrows] Throws GLError when OpenGL has a pending error, and leaves none pending.

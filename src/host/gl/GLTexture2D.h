@@ -16,6 +16,7 @@ public:
     /// [host] Harmless after the end of the texture's context.
     ~GLTexture2D() override;
 
+    /// [host] Size in pixels.
     [[nodiscard]] int width() const noexcept { return columns; }
     [[nodiscard]] int height() const noexcept { return rows; }
     /// [host] The OpenGL name.

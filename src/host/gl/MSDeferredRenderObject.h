@@ -24,6 +24,7 @@ public:
         MultiSampleDeferredRenderer(VGLRenderContext& context, int sampleCount) noexcept;
         ~MultiSampleDeferredRenderer() override;
 
+        /// [host] The samples that the renderer asked for.
         [[nodiscard]] int requestedSamples() const noexcept { return requested; }
         /// [host] Called by the host between the factory and render.
         void attach(const Scene& target) noexcept { attached = target; }

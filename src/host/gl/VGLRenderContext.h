@@ -14,6 +14,7 @@ public:
         : VRenderContext(pool), columns(width), rows(height) {}
     ~VGLRenderContext() override;
 
+    /// [host] Size of the frame in pixels.
     [[nodiscard]] int width() const noexcept { return columns; }
     [[nodiscard]] int height() const noexcept { return rows; }
 

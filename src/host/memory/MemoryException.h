@@ -20,6 +20,7 @@ public:
 /// Raised by checkPointer. The text names the place.
 class KROD_API PointerException : public std::logic_error {
 public:
+    /// [any · copies]
     explicit PointerException(const std::string& location);
     ~PointerException() override;
 };

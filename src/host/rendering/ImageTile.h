@@ -18,6 +18,7 @@ public:
     ImageTile(int width, int height, StrongPtr<ChunkBase> store) noexcept;
     ~ImageTile();
 
+    /// [host] Size in pixels.
     [[nodiscard]] int width() const noexcept { return columns; }
     [[nodiscard]] int height() const noexcept { return rows; }
     /// [host · shares] The pixel store, or an empty reference.

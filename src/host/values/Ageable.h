@@ -20,6 +20,7 @@ public:
     [[nodiscard]] Age age() const noexcept { return stamp; }
 
 protected:
+    /// [any] Stamped with the current age.
     Ageable() noexcept : stamp(GlobalTime()) {}
     /// [any] Marks a change.
     void touch() noexcept { stamp = GlobalTime(); }

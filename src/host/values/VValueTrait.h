@@ -17,6 +17,7 @@ class ImageTileProcessor;
 /// What became of a text: nothing to say, or what form would have been right.
 struct TextResult {
     std::string expected; ///< empty on success
+    /// [any] Whether the text was taken.
     explicit operator bool() const noexcept { return expected.empty(); }
 };
 
@@ -29,6 +30,7 @@ struct VValueTrait;
 /// Decimal digits: "8", "-1".
 template <>
 struct KROD_API VValueTrait<int> {
+    /// [any · gives] The text form, and the way back, which keeps the old value when it fails.
     static std::string Text(int value);
     static TextResult setValueFromText(int& value, std::string_view text);
 };
@@ -37,6 +39,7 @@ struct KROD_API VValueTrait<int> {
 /// "1e-05". Infinity and NaN are written "inf", "-inf", "nan" and are refused by setValueFromText.
 template <>
 struct KROD_API VValueTrait<double> {
+    /// [any · gives] The text form, and the way back, which keeps the old value when it fails.
     static std::string Text(double value);
     static TextResult setValueFromText(double& value, std::string_view text);
 };
@@ -44,6 +47,7 @@ struct KROD_API VValueTrait<double> {
 /// "true" or "false"; "1" and "0", "on" and "off", "yes" and "no" are read too.
 template <>
 struct KROD_API VValueTrait<bool> {
+    /// [any · gives] The text form, and the way back, which keeps the old value when it fails.
     static std::string Text(bool value);
     static TextResult setValueFromText(bool& value, std::string_view text);
 };
@@ -51,6 +55,7 @@ struct KROD_API VValueTrait<bool> {
 /// The text itself, byte for byte. A text with a NUL in it is refused.
 template <>
 struct KROD_API VValueTrait<std::string> {
+    /// [any · gives] The text form, and the way back, which keeps the old value when it fails.
     static std::string Text(const std::string& value);
     static TextResult setValueFromText(std::string& value, std::string_view text);
 };
@@ -59,6 +64,7 @@ struct KROD_API VValueTrait<std::string> {
 /// twice.
 template <>
 struct KROD_API VValueTrait<FlagList> {
+    /// [any · gives] The text form, and the way back, which keeps the old value when it fails.
     static std::string Text(const FlagList& value);
     static TextResult setValueFromText(FlagList& value, std::string_view text);
 };
@@ -66,6 +72,7 @@ struct KROD_API VValueTrait<FlagList> {
 /// Two doubles with a blank between them: "0.5 0.5". A comma between them is read too.
 template <>
 struct KROD_API VValueTrait<FixedArray<double, 2>> {
+    /// [any · gives] The text form, and the way back, which keeps the old value when it fails.
     static std::string Text(const FixedArray<double, 2>& value);
     static TextResult setValueFromText(FixedArray<double, 2>& value, std::string_view text);
 };
@@ -73,6 +80,7 @@ struct KROD_API VValueTrait<FixedArray<double, 2>> {
 /// An output type without a text form: "" always, and no text is accepted.
 template <>
 struct KROD_API VValueTrait<StrongPtr<ImageTileProcessor>> {
+    /// [any · gives] The text form, and the way back, which keeps the old value when it fails.
     static std::string Text(const StrongPtr<ImageTileProcessor>& value);
     static TextResult setValueFromText(StrongPtr<ImageTileProcessor>& value, std::string_view text);
 };
