@@ -3,6 +3,7 @@
 
 #include "apps/plime/ArrayLimit.h"
 #include "apps/plime/Suggest.h"
+#include "apps/plime/Text.h"
 #include "apps/plime/TextFile.h"
 
 #include <algorithm>
@@ -24,7 +25,9 @@ using krod::VValueBase;
                   {who, std::move(what), std::move(expected), std::move(got), std::move(advice), {}});
 }
 
-std::string quoted(const std::string& text) { return '"' + text + '"'; }
+constexpr std::size_t LongestQuote = 60; // columns; a value may be a whole file
+
+std::string quoted(const std::string& text) { return '"' + shortened(printable(text), LongestQuote) + '"'; }
 
 /// Whether a <= b; values without an order, and a limit that is not there, are in order.
 bool inOrder(const VValueBase* a, const VValueBase* b) {
@@ -151,8 +154,11 @@ void ModuleInstance::requireWithinLimits(const VParameter& target, const VValueB
 void inTheNameOf(const ModuleInstance& module, const std::function<void()>& work) {
     try {
         work();
-    } catch (const Failure&) {
-        throw;
+    } catch (const Failure& failure) {
+        if (failure.fault() != Fault::Shader) throw;
+        Diagnostic message = failure.diagnostic(); // its labels are the same for all modules
+        message.who = module.entry().key + ", " + message.who;
+        throw Failure(failure.fault(), message);
     } catch (const std::bad_alloc&) {
         throw;
     } catch (const std::exception& error) {

@@ -14,7 +14,7 @@ void OutputWish::addTo(Syntax& syntax) {
 }
 
 std::string OutputWish::requirePath() const {
-    if (!path)
+    if (!path || path->empty())
         throw Failure(Fault::Usage, {"-o", "is missing", "the picture to write, -o OUT.exr", "", "", {}});
     static_cast<void>(outputFormat(*path));
     return *path;

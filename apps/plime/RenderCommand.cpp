@@ -90,7 +90,7 @@ public:
             session.streams().write(demoList(session.catalogue()));
             return 0;
         }
-        if (!input)
+        if (!input || input->empty())
             throw Failure(Fault::Usage,
                           {"render", "has nothing to draw", "INPUT", "", "Try demo:galaxy", {}});
         static_cast<void>(wish.requirePath());

@@ -8,6 +8,7 @@
 #include <system_error>
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace workbench {
@@ -32,8 +33,11 @@ struct Descriptor {
 } // namespace
 
 std::string readTextFile(const std::string& path) {
-    const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    const Descriptor file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
     if (file.number < 0) fail(path, std::generic_category().message(errno));
+    struct stat about {};
+    if (::fstat(file.number, &about) != 0 || !S_ISREG(about.st_mode))
+        fail(path, "something that is no regular file");
     std::string text;
     std::array<char, 65536> buffer;
     while (true) {

@@ -32,7 +32,8 @@ void requireMemory(const std::string& picture, std::uint64_t pixels, std::uint64
     const std::string wanted = std::to_string((needed + megabyte - 1) / megabyte) + 'M';
     throw Failure(Fault::Output, {picture,
                                   "needs more memory than is allowed",
-                                  "at most " + std::to_string(memory / megabyte) + 'M',
+                                  memory < megabyte ? "at most " + std::to_string(memory) + " bytes"
+                                                    : "at most " + std::to_string(memory / megabyte) + 'M',
                                   wanted,
                                   "Allow it with --memory " + wanted + ", or ask for less",
                                   {}});

@@ -9,6 +9,7 @@
 #include "workbench/gl/ShaderFiles.h"
 
 #include <exception>
+#include <filesystem>
 #include <new>
 
 namespace {
@@ -48,6 +49,9 @@ int perform(const Invocation& invocation, const Commands& commands, Streams& str
     } else {
         const WarningListener listener(report);
         Session session(invocation.global, commands, streams, report);
+        for (const std::string& folder : invocation.global.shaderFolders)
+            if (std::error_code error; !std::filesystem::is_directory(folder, error))
+                report.warning({folder, "is no folder, so no shader file is taken from it", "", "", "", {}});
         setShaderFolders(session.shaderFolders());
         code = invocation.command->run(session);
         throwIfInterrupted();

@@ -16,12 +16,7 @@ using namespace krod;
 class BlurredObjectRenderer : public MSDeferredObjectDisplay, public VSink<double, BlurredObjectRenderer> {
 public:
     BlurredObjectRenderer(const std::string& name, const StrongPtr<VCreationPreferences>& preferences)
-        : MSDeferredObjectDisplay(name, preferences, Samples{1, 2}) {
-        width.setLimit("min", 3.0);
-        width.setLimit("max", 20.0);
-        exponent.setLimit("min", -0.5);
-        exponent.setLimit("max", 0.5);
-    }
+        : MSDeferredObjectDisplay(name, preferences, Samples{1, 2}) {}
 
     StrongPtr<MultiSampleDeferredRenderer> createRenderer(VGLRenderContext&) override {
         announcedOnly("Display/Blurred", "draw");
@@ -29,8 +24,8 @@ public:
 
 private:
     TypedSlot<bool> InputVisibility{this, "InputVisibility", true, 10};
-    TypedSlot<double> width{this, "width", 1.0, 0}; // pixels [B1]
-    TypedSlot<double> exponent{this, "exponent", 0.0, 0};
+    TypedSlot<double> width{this, "width", 1.0, 0, {.min = 3.0, .max = 20.0}}; // pixels [B1]
+    TypedSlot<double> exponent{this, "exponent", 0.0, 0, {.min = -0.5, .max = 0.5}};
     TypedSlot<FlagList> options{this, "options", FlagList("-glow", ' '), 0};
 };
 

@@ -16,14 +16,7 @@ using namespace krod;
 class HDRObjectRenderer : public MSDeferredObjectDisplay, public VSink<HDRObjectRenderer, void> {
 public:
     HDRObjectRenderer(const std::string& name, const StrongPtr<VCreationPreferences>& preferences)
-        : MSDeferredObjectDisplay(name, preferences, Samples{1, 2}) {
-        offset.setLimit("min", -1.0);
-        offset.setLimit("max", 1.0);
-        exponent.setLimit("min", -2.0);
-        exponent.setLimit("max", 10.0);
-        TransparencyExponent.setLimit("min", -1.0);
-        TransparencyExponent.setLimit("max", 3.0);
-    }
+        : MSDeferredObjectDisplay(name, preferences, Samples{1, 2}) {}
 
     StrongPtr<MultiSampleDeferredRenderer> createRenderer(VGLRenderContext&) override {
         announcedOnly("Display/Depth", "draw");
@@ -31,9 +24,9 @@ public:
 
 private:
     TypedSlot<bool> InputVisibility{this, "InputVisibility", true, 10};
-    TypedSlot<double> offset{this, "offset", 0.0, 1};
-    TypedSlot<double> exponent{this, "exponent", 0.0, 0};
-    TypedSlot<double> TransparencyExponent{this, "TransparencyExponent", 0.0, 2};
+    TypedSlot<double> offset{this, "offset", 0.0, 1, {.min = -1.0, .max = 1.0}};
+    TypedSlot<double> exponent{this, "exponent", 0.0, 0, {.min = -2.0, .max = 10.0}};
+    TypedSlot<double> TransparencyExponent{this, "TransparencyExponent", 0.0, 2, {.min = -1.0, .max = 3.0}};
     TypedSlot<FlagList> options{this, "options", FlagList("-glow", ' '), 0};
 };
 

@@ -16,9 +16,7 @@ using namespace krod;
 class HueSatValueFilter : public MSDeferredObjectDisplay, public VSink<HueSatValueFilter, void> {
 public:
     HueSatValueFilter(const std::string& name, const StrongPtr<VCreationPreferences>& preferences)
-        : MSDeferredObjectDisplay(name, preferences, Samples{8, 0}) {
-        hue.setLimit("max", 180.0);
-    }
+        : MSDeferredObjectDisplay(name, preferences, Samples{8, 0}) {}
 
     StrongPtr<MultiSampleDeferredRenderer> createRenderer(VGLRenderContext&) override {
         announcedOnly("Display/HSVAdjust", "draw");
@@ -26,7 +24,7 @@ public:
 
 private:
     TypedSlot<bool> InputVisibility{this, "InputVisibility", true, 10};
-    TypedSlot<double> hue{this, "hue", 0.0, 0}; // degrees [S1]
+    TypedSlot<double> hue{this, "hue", 0.0, 0, {.max = 180.0}}; // degrees [S1]
     TypedSlot<double> saturation{this, "saturation", 1.0, 0};
     TypedSlot<double> value{this, "value", 1.0, 0};
     TypedSlot<FlagList> channels{this, "channels", FlagList("+1 +2 +3", ' '), 0};

@@ -16,10 +16,7 @@ using namespace krod;
 class PixelContours : public MSDeferredObjectDisplay, public VSink<PixelContours, void> {
 public:
     PixelContours(const std::string& name, const StrongPtr<VCreationPreferences>& preferences)
-        : MSDeferredObjectDisplay(name, preferences, Samples{1, 2}) {
-        width.setLimit("min", 0);
-        width.setLimit("max", 5);
-    }
+        : MSDeferredObjectDisplay(name, preferences, Samples{1, 2}) {}
 
     StrongPtr<MultiSampleDeferredRenderer> createRenderer(VGLRenderContext&) override {
         announcedOnly("Display/PixelContours", "draw");
@@ -27,7 +24,7 @@ public:
 
 private:
     TypedSlot<bool> InputVisibility{this, "InputVisibility", true, 10};
-    TypedSlot<int> width{this, "width", 0, 1}; // pixels
+    TypedSlot<int> width{this, "width", 0, 1, {.min = 0, .max = 5}}; // pixels
     TypedSlot<double> strength{this, "strength", 0.0, 0};
     TypedSlot<double> luminance{this, "luminance", 0.0, 0};
     TypedSlot<FlagList> options{this, "options", FlagList("-glow", ' '), 0};

@@ -17,12 +17,7 @@ using namespace krod;
 class ProximityHDR : public MSDeferredObjectDisplay, public VSink<double, ProximityHDR> {
 public:
     ProximityHDR(const std::string& name, const StrongPtr<VCreationPreferences>& preferences)
-        : MSDeferredObjectDisplay(name, preferences, Samples{1, 2}) {
-        width.setLimit("min", 0);
-        width.setLimit("max", 5);
-        gamma.setLimit("max", 15.0);
-        brightness.setLimit("max", 10.0);
-    }
+        : MSDeferredObjectDisplay(name, preferences, Samples{1, 2}) {}
 
     StrongPtr<MultiSampleDeferredRenderer> createRenderer(VGLRenderContext&) override {
         announcedOnly("Display/ProximityHDR", "draw");
@@ -30,10 +25,10 @@ public:
 
 private:
     TypedSlot<bool> InputVisibility{this, "InputVisibility", true, 10};
-    TypedSlot<int> width{this, "width", 1, 1}; // pixels
+    TypedSlot<int> width{this, "width", 1, 1, {.min = 0, .max = 5}}; // pixels
     TypedSlot<double> strength{this, "strength", 0.5, 0};
-    TypedSlot<double> gamma{this, "gamma", 1.0, 0};                          // [X1]
-    TypedSlot<double> brightness{this, "brightness", 1.0, 0};                // [X1]
+    TypedSlot<double> gamma{this, "gamma", 1.0, 0, {.max = 15.0}};           // [X1]
+    TypedSlot<double> brightness{this, "brightness", 1.0, 0, {.max = 10.0}}; // [X1]
     TypedSlot<FlagList> options{this, "options", FlagList("-glow", ' '), 1}; // [X2]
 };
 

@@ -10,9 +10,16 @@
 #include "host/memory/MemoryException.h"
 
 #include <cstdio>
+#include <optional>
 #include <string>
 
 namespace krod {
+
+/// What user interfaces offer of a parameter. A limit that is left out is not set; nothing clamps to those that are.
+template <class T>
+struct Limits {
+    std::optional<T> min = {}, max = {};
+};
 
 /// One parameter of a module, declared as a member. The order of the members is the order in which the host
 /// lists them.
@@ -30,7 +37,8 @@ public:
 
     /// [host · copies] Declares an input parameter of the object. Level 0 is an everyday setting. Throws
     /// SlotAssertion without an object, PointerException when the object has a parameter of that name.
-    TypedSlot(VObject* that, const std::string& name, const T& initialValue, int expertLevel) {
+    TypedSlot(VObject* that, const std::string& name, const T& initialValue, int expertLevel,
+              const Limits<T>& limits = {}) {
         if (!that) VSlotGlobals::assertionFail(name);
         const StrongPtr<VParameter> made(new VParameter(makeValue(initialValue), name, {}));
         made->setCreator(that);
@@ -38,6 +46,7 @@ public:
         checkPointer(parameter,
                      "TypedSlot(VObject*that, const string&name, const T&initialValue, int expertLevel");
         parameter->clearState(VParameter::ValueSet);
+        setLimits(limits);
     }
     TypedSlot(const TypedSlot&) = delete;
     TypedSlot& operator=(const TypedSlot&) = delete;
@@ -49,10 +58,11 @@ public:
             std::puts("Typeslot has a problem, its creators were not registered!?");
     }
 
-    /// [host · shares] Attaches a limit, "min" or "max". Limits are for user interfaces: nothing clamps to
-    /// them.
-    void setLimit(const std::string& key, const T& limit) {
-        parameter->setProperty(key, makeValue(limit), nullptr);
+    /// [host · shares] Attaches the limits as the properties "min" and "max". Displays do so with the slot, tile modules
+    /// after their output.
+    void setLimits(const Limits<T>& limits) {
+        if (limits.min) parameter->setProperty("min", makeValue(*limits.min), nullptr);
+        if (limits.max) parameter->setProperty("max", makeValue(*limits.max), nullptr);
     }
 
     /// [host · copies] Gives the current value in a pool, the initial one where none was set. Where the

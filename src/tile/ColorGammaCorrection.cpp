@@ -88,8 +88,7 @@ public:
     TileShader(const std::string& name, const StrongPtr<VCreationPreferences>&) : VObject(name) {
         makeOutput(this, tile::OutputName, tile::processor<ImageTileProcessor>(tile::PassThrough));
         for (TypedSlot<double>* channel : {&red, &green, &blue, &alpha}) {
-            channel->setLimit("min", -1.0);
-            channel->setLimit("max", 1.0);
+            channel->setLimits({.min = -1.0, .max = 1.0});
         }
     }
 

@@ -22,8 +22,7 @@ public:
     TileShader(const std::string& name, const StrongPtr<VCreationPreferences>&) : VObject(name) {
         makeOutput(this, tile::OutputName, tile::processor<ImageTileProcessor>(tile::PassThrough));
         for (TypedSlot<double>* slot : {&offset, &exponent}) {
-            slot->setLimit("min", -1.0);
-            slot->setLimit("max", 1.0);
+            slot->setLimits({.min = -1.0, .max = 1.0});
         }
     }
 

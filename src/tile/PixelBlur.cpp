@@ -19,10 +19,9 @@ public:
 
     TileShader(const std::string& name, const StrongPtr<VCreationPreferences>&) : VObject(name) {
         makeOutput(this, tile::OutputName, tile::processor<ImageTileProcessor>(tile::PassThrough));
-        width.setLimit("min", 1);
-        width.setLimit("max", 20);
-        brightness.setLimit("max", 3.0);
-        sharpness.setLimit("max", 10.0);
+        width.setLimits({.min = 1, .max = 20});
+        brightness.setLimits({.max = 3.0});
+        sharpness.setLimits({.max = 10.0});
     }
 
     bool update(VRequest&, double) override { announcedOnly("Hollywood/PixelBlur", "process pictures"); }

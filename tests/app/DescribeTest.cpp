@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+
 namespace {
 
 using Json = nlohmann::ordered_json;
@@ -25,6 +27,19 @@ TEST(Plime_describe, as_json_has_the_catalogue_entry_and_what_can_be_set_and_con
     EXPECT_EQ(json["description"].dump(), R"({"short":"todo","detailed":"todo"})");
     EXPECT_FALSE(json["inputs"].empty());
     EXPECT_TRUE(json["outputs"].empty());
+}
+
+TEST(Plime_describe, of_every_module_agrees_with_its_parameter_table) {
+    std::ifstream file(GOLDEN_FOLDER "/parameters.json");
+    const Json tables = Json::parse(file);
+    EXPECT_EQ(tables.size(), 15U);
+    for (const auto& [key, table] : tables.items()) {
+        const Result result = run({"describe", key, "--json"});
+        ASSERT_EQ(result.code, 0) << key << ": " << result.error;
+        const Json described = Json::parse(result.output);
+        EXPECT_EQ(described["parameters"].dump(2), table["parameters"].dump(2)) << key;
+        EXPECT_EQ(described["outputs"].dump(2), table["outputs"].dump(2)) << key;
+    }
 }
 
 TEST(Plime_describe, of_a_tile_processor_has_its_output) {

@@ -147,6 +147,25 @@ TEST_F(PlimeInput, modulesThatAreAnnouncedOnly_sayTheyCannotWork) {
         "Hollywood/PixelBlur: cannot process pictures in this version — its parameters are complete, "
         "its picture is still to come. Choose another module.",
         {"--with", "Hollywood/PixelBlur"});
+    refusedProcess( // the one that finds out with its first tile
+        1,
+        "Hollywood/ArcTangens: cannot process pictures in this version — its parameters are complete, "
+        "its picture is still to come. Choose another module.",
+        {"--with", "Hollywood/ArcTangens"});
+}
+
+TEST_F(PlimeInput, longValue_isQuotedShortly) {
+    const Result result = run({"process", at("none.exr"), "-o", at("out.exr"), "--with",
+                               "Hollywood/ColorGammaCorrection", "-p", "red=" + std::string(100000, 'x')});
+    EXPECT_EQ(result.code, 2);
+    EXPECT_LT(result.error.size(), 300U);
+}
+
+TEST_F(PlimeInput, missingShaderFolder_isAWarning) {
+    const Result result = run({"shader", "Display/CMYK", "--shader-dir", at("nowhere")});
+    EXPECT_EQ(result.code, 0);
+    EXPECT_EQ(result.error,
+              "plime: warning: " + at("nowhere") + ": is no folder, so no shader file is taken from it.\n");
 }
 
 TEST_F(PlimeInput, parameters_areCheckedBeforeWork) {

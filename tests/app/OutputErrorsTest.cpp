@@ -32,6 +32,21 @@ TEST_F(PlimeOutput, depthThatTheFormatDoesNotHold_isRefused) {
             {"-d", "float"});
 }
 
+// The library behind the format would end the process.
+TEST_F(PlimeOutput, sizeThatTheFormatDoesNotHold_isRefusedBeforeAnythingIsLeft) {
+    expectFailure(4,
+                  at("out.jpg") + ": is too large for a JPEG picture — expected at most 65500 pixels a side, "
+                                  "got 70000. Write .exr or .png.",
+                  {"render", "demo:knot", "-o", at("out.jpg"), "--size", "70000x10"});
+}
+
+TEST_F(PlimeOutput, thatWasBegunInVain_leavesOneLineOnly) {
+    const Result result =
+        run(Words{"render", "demo:knot", "-o", at("out.png"), "--display", "Display/HSVAdjust"});
+    EXPECT_EQ(result.code, 1);
+    EXPECT_EQ(occurrences(result.error, "\n"), 1U) << result.error;
+}
+
 TEST_F(PlimeOutput, folders_areSaid) {
     refused(4, at("none/out.exr"),
             "cannot be written, because the folder " + at("none") +

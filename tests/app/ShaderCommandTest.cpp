@@ -79,8 +79,9 @@ TEST_F(PlimeShader, overrideFile_replacesTheBodyAndIsNamed) {
 TEST_F(PlimeShader, overrideFileWithAVersion_isRefused) {
     const auto file = write("CMYK.frag", "#version 120\nvoid main() {}\n");
     refused(6,
-            file.string() + ": cannot replace a module's shader — expected a text without #version line, got "
-                            "#version 120. Remove that line; the module writes its own in front.",
+            "Display/CMYK, " + file.string() +
+                ": cannot replace a module's shader — expected a text without #version line, got "
+                "#version 120. Remove that line; the module writes its own in front.",
             {"Display/CMYK", "--shader-dir", folder.string()});
 }
 

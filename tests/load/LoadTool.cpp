@@ -7,6 +7,7 @@
 #include "Scene.h"
 
 #include "host/memory/Typename.h"
+#include "workbench/core/InputCreatorRegistry.h"
 #include "workbench/core/Trace.h"
 
 #include <cstdio>
@@ -16,7 +17,8 @@
 namespace {
 
 void print(const std::string& key, std::size_t creatorsLeft) {
-    std::printf("%s deleted, %zu creators left\n", key.c_str(), creatorsLeft);
+    std::printf("%s deleted, %zu creators and %zu input creators left\n", key.c_str(), creatorsLeft,
+                workbench::InputCreatorRegistry::count());
 }
 
 void hold(const std::string& path) {

@@ -45,9 +45,12 @@ Lines loadingTrace() {
 
 std::string withdrawalTrace() {
     std::string text = Detach;
-    std::size_t left = 15;
-    for (const std::string_view key : scene::Catalogue)
-        text += std::string(key) + " deleted, " + std::to_string(left--) + " creators left\n";
+    std::size_t creators = 15, inputCreators = 7;
+    for (const std::string_view key : scene::Catalogue) {
+        if (key.starts_with("Hollywood/")) --inputCreators; // withdrawn before the objects are deleted
+        text += std::string(key) + " deleted, " + std::to_string(creators--) + " creators and " +
+                std::to_string(inputCreators) + " input creators left\n";
+    }
     return text;
 }
 

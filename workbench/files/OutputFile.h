@@ -37,6 +37,8 @@ public:
     /// Flushes, closes and renames; after it the target is complete on the disk.
     void finish();
 
+    /// Remembers an error (errno) of somebody who wrote into the temporary by its name.
+    void setError(int number) noexcept { error = number; }
     /// True after a failed write: for libraries that swallow the exception of a callback.
     [[nodiscard]] bool failed() const noexcept { return error != 0; }
     /// Throws the failure of the first failed write again.

@@ -64,6 +64,21 @@ void PictureReader::countOverflows(int row, std::uint64_t count) {
     if (row >= countedRows) overflows += count;
 }
 
+namespace {
+
+/// The libraries behind some formats end the process where a picture is too large for them.
+void requireSideWithin(const PictureFormat& format, const std::filesystem::path& path, int side) {
+    if (side <= format.largestSide) return;
+    throw Failure(Fault::Output, {path.string(),
+                                  "is too large for a " + std::string(format.name) + " picture",
+                                  "at most " + std::to_string(format.largestSide) + " pixels a side",
+                                  std::to_string(side),
+                                  "Write .exr or .png",
+                                  {}});
+}
+
+} // namespace
+
 std::unique_ptr<PictureWriter> PictureWriter::create(const std::filesystem::path& path,
                                                      const PictureDescription& description,
                                                      const WriteOptions& options) {
@@ -77,6 +92,7 @@ PictureWriter::PictureWriter(std::filesystem::path path, PictureDescription desc
       about(std::move(description)),
       storedDepth(outputDepth(file, about.depth, options.depth)) {
     const PictureFormat& format = outputFormat(file);
+    requireSideWithin(format, file, std::max(about.width, about.height));
     if (about.hasAlpha && !format.holdsAlpha) {
         about.hasAlpha = false;
         droppedNames.emplace_back("A");

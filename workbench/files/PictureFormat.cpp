@@ -14,7 +14,7 @@ const std::vector<PictureFormat>& formats() {
         {"EXR", {"exr"}, {Half, Float}, true, true, true},
         {"PNG", {"png"}, {UInt8, UInt16}, true, true, true},
         {"TIFF", {"tif", "tiff"}, {UInt8, UInt16, Half, Float}, true, true, true},
-        {"JPEG", {"jpg", "jpeg"}, {UInt8}, false, true, true},
+        {"JPEG", {"jpg", "jpeg"}, {UInt8}, false, true, true, 65500},
         {"HDR", {"hdr"}, {Float}, false, false, false},
     };
     return all;

@@ -36,6 +36,7 @@ struct PictureFormat {
     bool holdsAlpha;
     bool holdsGrey;
     bool holdsTexts;
+    int largestSide = LargestSide; ///< in pixels
 };
 
 /// The format for that extension, in any case; an unknown one is Failure(Usage) with the list of known ones.

@@ -25,12 +25,4 @@ void ReferenceBase::keepInStaticStorage() noexcept {
     count->retain();
 }
 
-void* ReferenceBase::operator new(std::size_t bytes) {
-    void* const memory = ::operator new(bytes, std::nothrow);
-    if (!memory) throw MemoryException();
-    return memory;
-}
-
-void ReferenceBase::operator delete(void* memory) noexcept { ::operator delete(memory); }
-
 } // namespace krod

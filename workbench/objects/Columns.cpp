@@ -115,8 +115,7 @@ public:
     ColumnsObject(const std::string& name, const StrongPtr<VCreationPreferences>& preferences)
         : VGLRenderObject(name, 0, preferences) {
         for (auto* number : {&rows, &columns}) {
-            number->setLimit("min", 1);
-            number->setLimit("max", MostInRow);
+            number->setLimits({.min = 1, .max = MostInRow});
         }
     }
 

@@ -123,10 +123,8 @@ class GalaxyObject : public VGLRenderObject {
 public:
     GalaxyObject(const std::string& name, const StrongPtr<VCreationPreferences>& preferences)
         : VGLRenderObject(name, 0, preferences) {
-        count.setLimit("min", 1);
-        count.setLimit("max", MostStars);
-        size.setLimit("min", 1.0);
-        size.setLimit("max", 64.0);
+        count.setLimits({.min = 1, .max = MostStars});
+        size.setLimits({.min = 1.0, .max = 64.0});
     }
 
     void draw(VGLRenderContext& context) override {

@@ -99,11 +99,9 @@ public:
     KnotObject(const std::string& name, const StrongPtr<VCreationPreferences>& preferences)
         : VGLRenderObject(name, 0, preferences) {
         for (auto* turns : {&p, &q}) {
-            turns->setLimit("min", 1);
-            turns->setLimit("max", MostTurns);
+            turns->setLimits({.min = 1, .max = MostTurns});
         }
-        thickness.setLimit("min", Thinnest);
-        thickness.setLimit("max", Thickest);
+        thickness.setLimits({.min = Thinnest, .max = Thickest});
     }
 
     void draw(VGLRenderContext& context) override { drawing(context.valuePool()).draw(); }

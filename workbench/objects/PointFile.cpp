@@ -26,9 +26,8 @@ class PointObject : public VGLRenderObject {
 public:
     PointObject(const std::string& name, const StrongPtr<VCreationPreferences>& preferences)
         : VGLRenderObject(name, 0, preferences) {
-        size.setLimit("min", 1.0);
-        size.setLimit("max", 64.0);
-        intensity.setLimit("min", 0.0);
+        size.setLimits({.min = 1.0, .max = 64.0});
+        intensity.setLimits({.min = 0.0});
     }
 
     void draw(VGLRenderContext& context) override {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "host/core/VParameter.h"
+#include "host/memory/HostAllocated.h"
 
 #include <atomic>
 #include <string>
@@ -12,7 +13,7 @@ namespace krod {
 
 /// Makes free-standing parameters of one type. The registry holds one entry per registration, the host's own
 /// first.
-class KROD_API TypedSlotCreator {
+class KROD_API TypedSlotCreator : public HostAllocated {
 public:
     TypedSlotCreator() noexcept = default;
     TypedSlotCreator(const TypedSlotCreator&) = delete;

@@ -3,13 +3,14 @@
 #pragma once
 
 #include "host/core/VCreatorBase.h"
+#include "host/memory/HostAllocated.h"
 
 #include <typeinfo>
 
 namespace krod {
 
 /// What the registry of input creators holds: a creator whose objects have an output of one type.
-class KROD_API VInputCreatorBase {
+class KROD_API VInputCreatorBase : public HostAllocated {
 public:
     VInputCreatorBase() = default;
     VInputCreatorBase(const VInputCreatorBase&) = delete;

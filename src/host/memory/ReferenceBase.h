@@ -2,16 +2,15 @@
 // The base of everything that the host counts references of.
 #pragma once
 
+#include "host/memory/HostAllocated.h"
 #include "host/memory/ReferenceCount.h"
-
-#include <cstddef>
 
 namespace krod {
 
 /// A reference-counted object. It is made on the heap and deleted with its last strong reference, or it
 /// stands in static storage (see keepInStaticStorage). The host knows every living one, so that it can refuse
 /// to unload a library whose objects are still held.
-class KROD_API ReferenceBase {
+class KROD_API ReferenceBase : public HostAllocated {
 public:
     ReferenceBase(const ReferenceBase&) = delete;
     ReferenceBase& operator=(const ReferenceBase&) = delete;
@@ -24,10 +23,6 @@ public:
 
     /// [any · borrows] The shared count.
     [[nodiscard]] ReferenceCount& referenceCount() const noexcept { return *count; }
-
-    /// [any · gives] Allocation for every object of the family. Throws MemoryException.
-    static void* operator new(std::size_t bytes);
-    static void operator delete(void* memory) noexcept;
 
 protected:
     /// [any] Starts with no strong reference. Do not take a strong reference to an object inside its own

@@ -2,6 +2,7 @@
 // Makers of value objects, found by the name of the value type.
 #pragma once
 
+#include "host/memory/HostAllocated.h"
 #include "host/values/VValueBase.h"
 
 #include <string>
@@ -10,7 +11,7 @@ namespace krod {
 
 /// Makes values of one type. The registry holds one entry per registration, the host's own first; a creator
 /// that is destroyed withdraws its own entries and nobody else's.
-class KROD_API VValueCreator {
+class KROD_API VValueCreator : public HostAllocated {
 public:
     VValueCreator() noexcept = default;
     VValueCreator(const VValueCreator&) = delete;

@@ -8,6 +8,22 @@
 
 namespace {
 
+struct Temperature {
+    double kelvin = 0;
+};
+
+} // namespace
+
+template <>
+struct krod::VValueTrait<Temperature> {
+    static std::string Text(const Temperature& value) { return VValueTrait<double>::Text(value.kelvin); }
+    static TextResult setValueFromText(Temperature& value, std::string_view text) {
+        return VValueTrait<double>::setValueFromText(value.kelvin, text);
+    }
+};
+
+namespace {
+
 using namespace krod;
 
 struct Module : VObject {
@@ -48,7 +64,7 @@ TEST(TypedSlot, read_tellsSetNeverSetAndUnreadableApart) {
 
 TEST(TypedSlot, limit_isAPropertyThatClampsNothing) {
     const StrongPtr<Module> module(new Module);
-    module->width.setLimit("max", 2.0);
+    module->width.setLimits({.max = 2.0});
     VParameter& parameter = *module->slots().input("width");
     EXPECT_EQ(parameter.property("max")->text(), "2.0");
     EXPECT_FALSE(parameter.property("min"));
@@ -104,13 +120,19 @@ TEST(TypedSlot, destroyed_complainsUntilItsTypeWasRegisteredAndCountsEverAfter) 
     EXPECT_EQ(TypedSlotCreator::InternalTypeCreatorAccessory, before + 2);
 }
 
-TEST(TypeRegistration, second_ofOneTypeRegistersNothing) {
-    using Registration = TypedSlot<FixedArray<double, 2>>::Registration;
-    const TypedSlotCreator* const host = TypedSlotCreator::find(typeid(FixedArray<double, 2>));
+// The host does not know this type, so that only the program's own registration can be found.
+TEST(TypeRegistration, second_ofOneTypeRegistersNothingAndTheFirstWithdrawsItself) {
+    using Registration = TypedSlot<Temperature>::Registration;
+    const auto slotCreator = [] { return TypedSlotCreator::find(typeid(Temperature)); };
+    const auto valueCreator = [] { return VValueCreator::find(Typename<Temperature>()); };
+    EXPECT_EQ(slotCreator(), nullptr);
     auto first = std::make_unique<Registration>();
+    EXPECT_NE(slotCreator(), nullptr);
+    EXPECT_NE(valueCreator(), nullptr);
     const auto second = std::make_unique<Registration>();
-    first.reset(); // withdraws the one entry that the program made
-    EXPECT_EQ(TypedSlotCreator::find(typeid(FixedArray<double, 2>)), host);
+    first.reset();
+    EXPECT_EQ(slotCreator(), nullptr) << "a second entry was made, or the first was not withdrawn";
+    EXPECT_EQ(valueCreator(), nullptr);
     EXPECT_TRUE(Registration::wasRegistered());
 }
 

@@ -3,6 +3,7 @@
 
 #include "workbench/files/Reason.h"
 #include "workbench/files/codec/OiioMetadata.h"
+#include "workbench/files/codec/QuietErrors.h"
 #include "workbench/report/Failure.h"
 
 #include <algorithm>
@@ -38,6 +39,7 @@ OIIO::TypeDesc typeOf(PixelDepth depth) {
 OiioReader::OiioReader(const std::filesystem::path& path) : PictureReader(path) {
     OIIO::ImageSpec wishes;
     wishes.attribute("oiio:UnassociatedAlpha", 1); // values as they are stored, not multiplied by alpha
+    const QuietErrors quiet;
     input = OIIO::ImageInput::open(path.string(), &wishes);
     if (!input)
         throw Failure(Fault::Input, {path.string(),
@@ -88,6 +90,7 @@ const std::byte* OiioReader::storedRows(int first, int count) {
     stored.resize(rowBytes * static_cast<std::size_t>(count));
     const int top = about.dataY + first;
     const int channels = input->spec().nchannels;
+    const QuietErrors quiet;
     // Some formats report damage beside success and hand out grey rows; any message counts as damage.
     if (!input->read_scanlines(0, 0, top, top + count, 0, 0, channels, storedType, stored.data()) ||
         input->has_error())

@@ -3,9 +3,11 @@
 
 #include "workbench/files/Reason.h"
 #include "workbench/files/codec/OiioMetadata.h"
+#include "workbench/files/codec/QuietErrors.h"
 #include "workbench/report/Failure.h"
 
 #include <algorithm>
+#include <cerrno>
 
 namespace workbench {
 namespace {
@@ -78,6 +80,7 @@ OiioWriter::OiioWriter(const std::filesystem::path& path, const PictureDescripti
 }
 
 OiioWriter::~OiioWriter() {
+    const QuietErrors quiet;
     if (output) output->close(); // may still write into the file, which is then thrown away
 }
 
@@ -123,12 +126,14 @@ void OiioWriter::encodeRows(int first, int count, const krod::RGBAHalf* pixels, 
         encoder.encode(pixels + static_cast<std::size_t>(row) * width, width * static_cast<std::size_t>(rows),
                        encoded.data());
         const int top = output->spec().y + first + row;
+        errno = 0; // what is found there afterwards comes from this call
         if (!output->write_scanlines(top, top + rows, 0, typeOf(storedDepth), encoded.data())) fail();
         if (target.failed()) target.throwFailure();
     }
 }
 
 void OiioWriter::complete() {
+    errno = 0;
     const bool closed = output->close();
     if (!closed) fail();
     if (target.failed()) target.throwFailure();
@@ -137,6 +142,8 @@ void OiioWriter::complete() {
 }
 
 void OiioWriter::fail() {
+    const int cause = errno;
+    if (!target.failed() && (cause == ENOSPC || cause == EFBIG || cause == EDQUOT)) target.setError(cause);
     if (target.failed()) target.throwFailure();
     throw Failure(Fault::Output, {file.string(),
                                   "cannot be written as a " + std::string(format.name) + " picture",
