@@ -3,6 +3,7 @@
 
 #include "workbench/files/Reason.h"
 #include "workbench/files/codec/OiioMetadata.h"
+#include "workbench/files/codec/OiioTypes.h"
 #include "workbench/files/codec/QuietErrors.h"
 #include "workbench/report/Failure.h"
 
@@ -18,20 +19,6 @@ PixelDepth depthOf(OIIO::TypeDesc type) {
     if (type == OIIO::TypeDesc::UINT16) return PixelDepth::UInt16;
     if (type == OIIO::TypeDesc::HALF) return PixelDepth::Half;
     return PixelDepth::Float; // of 32-bit integers and doubles, the library makes floats
-}
-
-OIIO::TypeDesc typeOf(PixelDepth depth) {
-    switch (depth) {
-    case PixelDepth::UInt8:
-        return OIIO::TypeDesc::UINT8;
-    case PixelDepth::UInt16:
-        return OIIO::TypeDesc::UINT16;
-    case PixelDepth::Half:
-        return OIIO::TypeDesc::HALF;
-    case PixelDepth::Float:
-        break;
-    }
-    return OIIO::TypeDesc::FLOAT;
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 
 #include "workbench/files/Reason.h"
 #include "workbench/files/codec/OiioMetadata.h"
+#include "workbench/files/codec/OiioTypes.h"
 #include "workbench/files/codec/QuietErrors.h"
 #include "workbench/report/Failure.h"
 
@@ -13,20 +14,6 @@ namespace workbench {
 namespace {
 
 constexpr int StepRows = 64;
-
-OIIO::TypeDesc typeOf(PixelDepth depth) {
-    switch (depth) {
-    case PixelDepth::UInt8:
-        return OIIO::TypeDesc::UINT8;
-    case PixelDepth::UInt16:
-        return OIIO::TypeDesc::UINT16;
-    case PixelDepth::Half:
-        return OIIO::TypeDesc::HALF;
-    case PixelDepth::Float:
-        break;
-    }
-    return OIIO::TypeDesc::FLOAT;
-}
 
 ValueRange rangeOf(const PictureFormat& format, PixelDepth depth) {
     if (depth == PixelDepth::UInt8 || depth == PixelDepth::UInt16) return ValueRange::Unit;
