@@ -34,7 +34,8 @@ public:
             display::SceneProgram program("", ShaderBody);
             program.bindTextures(scene());
             program.bindSampleCount(scene());
-            display::quadState(display::DepthMask::OffAndOn, display::Blend::Over); // [K4] [K6]
+            display::quadState(display::DepthTest::OnAndOff, display::DepthMask::OffAndOn, // [K6]
+                               display::Blend::Over);                                      // [K4]
             glRenderFullScreen(1.0);
             display::checkQuad(QuadLabel);
         }

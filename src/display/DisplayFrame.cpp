@@ -7,6 +7,8 @@
 
 #include <GL/gl.h>
 
+#include <limits>
+
 namespace plime::display {
 
 namespace {
@@ -16,6 +18,12 @@ constexpr char VertexLabel[] = "* Internal Vertex Shader *";
 constexpr char FragmentLabel[] = "* Internal Fragment Shader *";
 
 } // namespace
+
+bool flagIsOn(const krod::TypedSlot<FlagList>& flags, const krod::VValuePool& pool, const std::string& name) {
+    FlagList list;
+    bool on = false;
+    return flags.read(pool, list) && list(name, on) && on;
+}
 
 std::string fragmentText(const std::string& prefix, const Body& body) {
     const std::string text =
@@ -37,16 +45,38 @@ void SceneProgram::bindSampleCount(const krod::MSDeferredRenderObject::Scene& sc
     program.setUniformValuei("nSamples", scene.sampleCount, program.reportsMissingUniforms());
 }
 
-void quadState(DepthMask depthMask, Blend blend) {
+void SceneProgram::bindValue(const std::string& name, double value) {
+    static_assert(std::numeric_limits<float>::is_iec559, "values beyond single precision become infinite");
+    program.setUniformValuef(name, static_cast<float>(value), program.reportsMissingUniforms());
+}
+
+void quadState(DepthTest depthTest, DepthMask depthMask, Blend blend) {
     glDisable(GL_ALPHA_TEST);
     glDisable(GL_COLOR_MATERIAL);
     glEnable(GL_DEPTH_TEST);
-    glDisable(GL_DEPTH_TEST);
+    if (depthTest == DepthTest::OnAndOff) glDisable(GL_DEPTH_TEST);
     glDepthMask(GL_FALSE);
     if (depthMask == DepthMask::OffAndOn) glDepthMask(GL_TRUE);
     glDisable(GL_LIGHTING);
     glEnable(GL_BLEND);
-    glBlendFunc(GL_SRC_ALPHA, blend == Blend::Glow ? GL_ONE : GL_ONE_MINUS_SRC_ALPHA);
+    switch (blend) {
+    case Blend::Over:
+        glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+        break;
+    case Blend::Glow:
+        glBlendFunc(GL_SRC_ALPHA, GL_ONE);
+        break;
+    case Blend::AsItStands:
+        break;
+    case Blend::OnAndOff:
+        glDisable(GL_BLEND);
+        break;
+    }
+}
+
+void depthMaskOffAndOn() {
+    glDepthMask(GL_FALSE);
+    glDepthMask(GL_TRUE);
 }
 
 void checkQuad(const Label& label) {

@@ -12,6 +12,7 @@
 //   [C1] an unreadable parameter counts as 1.0, an exponent of 10, though all start at 0.0
 //   [C2] 10^v is exp(v ln 10), which gives 10.000000000000002 for 1
 //   [C3] alpha is corrected like the colours
+#include "PowerOfTen.h"
 #include "tile/HalfTable.h"
 #include "tile/TileFrame.h"
 
@@ -73,7 +74,7 @@ struct Settings {
 };
 
 std::string prefix(const Settings& s) {
-    const auto text = [](double v) { return VValueTrait<double>::Text(tile::powerOfTen(v)); }; // [C2]
+    const auto text = [](double v) { return VValueTrait<double>::Text(powerOfTen(v)); }; // [C2]
     return "const float Gr = " + text(s.red) + ";\nconst float Gg = " + text(s.green) +
            ";\nconst float Gb = " + text(s.blue) + ";\nconst float Ga = " + text(s.alpha) + ";\n";
 }

@@ -48,7 +48,4 @@ void store(const StrongPtr<krod::ImageTileProcessor>& held, std::string program)
     if (auto* processor = dynamic_cast<Processor*>(held.get())) processor->store(std::move(program));
 }
 
-/// 10 to the power of v, as exp(v ln 10); 10.000000000000002 for 1.
-[[nodiscard]] double powerOfTen(double v);
-
 } // namespace plime::tile

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // Hollywood/TileProgram - runs a fragment shader that the user types. (catalogue row 15)
 // Kept on purpose:
-//   [G1] pi is cut to six decimals
-#include "Announced.h"
+//   [U1] pi is cut to six decimals
+//   [U2] a new processor has the default program, not the pass-through of the others
+//   [U3] the user's text is stored byte for byte, an empty one too, and not looked at
 #include "tile/TileFrame.h"
 
 #include "plugin/Registration.h"
@@ -14,7 +15,7 @@ using namespace krod;
 
 constexpr char DefaultProgram[] = "uniform sampler2D frame;\nvoid main (void)\n{\n"
                                   "vec4 Color = texture2D(frame, gl_TexCoord[0].xy);\n"
-                                  "\tgl_FragColor = pow(atan(Color)*2.0/3.141592,0.5);\n}\n"; // [G1]
+                                  "\tgl_FragColor = pow(atan(Color)*2.0/3.141592,0.5);\n}\n"; // [U1]
 
 class TileShader : public VObject, public VSource<StrongPtr<krod::ImageTileProcessor>> {
 public:
@@ -24,10 +25,15 @@ public:
     };
 
     TileShader(const std::string& name, const StrongPtr<VCreationPreferences>&) : VObject(name) {
-        makeOutput(this, tile::OutputName, tile::processor<ImageTileProcessor>(DefaultProgram));
+        makeOutput(this, tile::OutputName, tile::processor<ImageTileProcessor>(DefaultProgram)); // [U2]
     }
 
-    bool update(VRequest&, double) override { announcedOnly("Hollywood/TileProgram", "process pictures"); }
+    bool update(VRequest& request, double) override {
+        std::string program = DefaultProgram;
+        code.read(request.context(), program);
+        tile::store<ImageTileProcessor>(outputValue(), std::move(program)); // [U3]
+        return true;
+    }
 
 private:
     TypedSlot<std::string> code{this, "code", DefaultProgram, 0};

@@ -136,24 +136,6 @@ TEST_F(PlimeInput, unknownAndAmbiguousKeys_areRefused) {
                   {"--display", "Display/Depth"});
 }
 
-TEST_F(PlimeInput, modulesThatAreAnnouncedOnly_sayTheyCannotWork) {
-    refusedRender(
-        1,
-        "Display/Blurred: cannot draw in this version — its parameters are complete, its picture is "
-        "still to come. Choose another module.",
-        {"--display", "Display/Blurred"});
-    refusedProcess(
-        1,
-        "Hollywood/PixelBlur: cannot process pictures in this version — its parameters are complete, "
-        "its picture is still to come. Choose another module.",
-        {"--with", "Hollywood/PixelBlur"});
-    refusedProcess( // the one that finds out with its first tile
-        1,
-        "Hollywood/ArcTangens: cannot process pictures in this version — its parameters are complete, "
-        "its picture is still to come. Choose another module.",
-        {"--with", "Hollywood/ArcTangens"});
-}
-
 TEST_F(PlimeInput, longValue_isQuotedShortly) {
     const Result result = run({"process", at("none.exr"), "-o", at("out.exr"), "--with",
                                "Hollywood/ColorGammaCorrection", "-p", "red=" + std::string(100000, 'x')});

@@ -2,6 +2,8 @@
 // Everything that can be wrong with the picture that plime render and plime process are to write.
 #include "tests/app/PictureProgram.h"
 
+#include <fstream>
+
 namespace {
 
 const Words Gamma = {"--with", "Hollywood/GammaCorrection"};
@@ -41,9 +43,10 @@ TEST_F(PlimeOutput, sizeThatTheFormatDoesNotHold_isRefusedBeforeAnythingIsLeft) 
 }
 
 TEST_F(PlimeOutput, thatWasBegunInVain_leavesOneLineOnly) {
-    const Result result =
-        run(Words{"render", "demo:knot", "-o", at("out.png"), "--display", "Display/HSVAdjust"});
-    EXPECT_EQ(result.code, 1);
+    std::ofstream(folder / "HueSatValueFiler.frag") << "#version 330\n";
+    const Result result = run(Words{"render", "demo:knot", "-o", at("out.png"), "--display",
+                                    "Display/HSVAdjust", "--shader-dir", folder.string()});
+    EXPECT_EQ(result.code, 6);
     EXPECT_EQ(occurrences(result.error, "\n"), 1U) << result.error;
 }
 

@@ -112,21 +112,4 @@ TEST_F(PlimeShader, unknownKey_isRefusedWithASuggestion) {
     refused(2, "Display/Nothing: is not the key of a module. See \"plime list\".", {"Display/Nothing"});
 }
 
-TEST_F(PlimeShader, ofAModuleThatIsAnnouncedOnly_saysSo) {
-    for (const std::string key :
-         {"Display/Blurred", "Display/CurveAdjust", "Display/Depth@HDRObjectDisplay",
-          "Display/Depth@DisplayDepth", "Display/HSVAdjust", "Display/PixelContours", "Display/ProximityHDR"})
-        refused(1,
-                key.substr(0, key.find('@')) + ": cannot draw in this version — its parameters are complete, "
-                                               "its picture is still to come. Choose another module.",
-                {key});
-    for (const std::string key : {"Hollywood/HDRColoredToneMapping", "Hollywood/HDRToneMapping",
-                                  "Hollywood/PixelBlur", "Hollywood/TileProgram"})
-        refused(1,
-                key +
-                    ": cannot process pictures in this version — its parameters are complete, its picture is "
-                    "still to come. Choose another module.",
-                {key});
-}
-
 } // namespace
