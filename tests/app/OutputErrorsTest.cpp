@@ -43,9 +43,9 @@ TEST_F(PlimeOutput, sizeThatTheFormatDoesNotHold_isRefusedBeforeAnythingIsLeft) 
 }
 
 TEST_F(PlimeOutput, thatWasBegunInVain_leavesOneLineOnly) {
-    std::ofstream(folder / "HueSatValueFiler.frag") << "#version 330\n";
+    std::ofstream(folder / "BlurredObject.frag") << "#version 330\n";
     const Result result = run(Words{"render", "demo:knot", "-o", at("out.png"), "--display",
-                                    "Display/HSVAdjust", "--shader-dir", folder.string()});
+                                    "Display/Blurred", "--shader-dir", folder.string()});
     EXPECT_EQ(result.code, 6);
     EXPECT_EQ(occurrences(result.error, "\n"), 1U) << result.error;
 }
