@@ -4,11 +4,35 @@
 
 #include <gtest/gtest.h>
 
+#include <epoxy/gl.h>
+
+#include <algorithm>
+#include <utility>
+
 using namespace workbench::test;
 
 namespace {
 
 constexpr char TwoAtOnePlace[] = "0 0 0 300 0.5 4 1\n0 0 0 500 0.25 2 0.5\n";
+
+/// Draws another object and remembers the least depth of the frame.
+class LeastDepth : public krod::VGLRenderObject {
+public:
+    explicit LeastDepth(Object object) : VGLRenderObject("least depth", 0, {}), object(std::move(object)) {}
+
+    void draw(krod::VGLRenderContext& context) override {
+        object->render(context);
+        std::vector<float> depths(static_cast<std::size_t>(context.width() * context.height()));
+        glReadPixels(0, 0, context.width(), context.height(), GL_DEPTH_COMPONENT, GL_FLOAT, depths.data());
+        least = *std::min_element(depths.begin(), depths.end());
+    }
+    [[nodiscard]] krod::BoundingSphere bounds() const override { return object->bounds(); }
+
+    float least = 0;
+
+private:
+    Object object;
+};
 
 class Points : public ::testing::Test {
 protected:
@@ -54,6 +78,19 @@ TEST_F(Points, Intensity_multiplies_colours_only) {
 TEST_F(Points, A_point_behind_another_adds_its_light_too) {
     Stage::set(object, "file", stage.write("points.xyz", "0 0 1 2 2 2\n0 0 -1 3 3 3\n"));
     EXPECT_EQ(static_cast<float>(lit().r), 5);
+}
+
+TEST_F(Points, Depth_is_that_of_the_nearest_in_any_order) {
+    const auto leastDepth = [&](const char* file, const char* lines) {
+        Stage::set(object, "file", stage.write(file, lines));
+        const krod::StrongPtr<LeastDepth> probe(new LeastDepth(object));
+        static_cast<void>(stage.render(*probe));
+        return probe->least;
+    };
+    const float nearestFirst = leastDepth("a.xyz", "0 0 1 2 2 2\n0 0 -1 3 3 3\n");
+    EXPECT_EQ(nearestFirst, leastDepth("b.xyz", "0 0 -1 3 3 3\n0 0 1 2 2 2\n"));
+    EXPECT_GT(nearestFirst, 0);
+    EXPECT_LT(nearestFirst, 1);
 }
 
 TEST_F(Points, Size_is_the_width_in_pixels) {

@@ -2,12 +2,14 @@
 #include "host/gl/MSDeferredObjectDisplay.h"
 
 #include "workbench/gl/PendingErrors.h"
+#include "workbench/gl/Quad.h"
 #include "workbench/gl/RenderSession.h"
 #include "workbench/gl/RenderTarget.h"
 #include "workbench/gl/StateGuard.h"
 #include "workbench/report/Failure.h"
 
 #include "host/core/VSlotGlobals.h"
+#include "host/gl/GLProgram.h"
 
 #include <epoxy/gl.h>
 
@@ -21,13 +23,25 @@ using Renderer = MSDeferredRenderObject::MultiSampleDeferredRenderer;
 constexpr int ColorUnit = 0, DepthUnit = 1;
 constexpr int MostSamples = 16;
 
+constexpr char VertexText[] = "void main() { gl_Position = ftransform(); }\n";
+
+constexpr char DepthText[] = R"(#version 150
+uniform int nSamples;
+uniform sampler2DMS SceneDepth;
+
+void main() {
+    ivec2 pixel = ivec2(gl_FragCoord.xy);
+    float depth = texelFetch(SceneDepth, pixel, 0).r;
+    for (int i = 1; i < nSamples; ++i) depth = min(depth, texelFetch(SceneDepth, pixel, i).r);
+    gl_FragDepth = depth;
+}
+)";
+
 /// The input gets the matrices of the frame that the display is drawn in.
-void drawInput(VGLRenderObject& input, VGLRenderContext& context, const workbench::RenderTarget& target) {
-    const workbench::StateGuard guard;
+void bindForInput(const workbench::RenderTarget& target, const VGLRenderContext& context) {
     target.bind();
     workbench::setDrawingState(context.width(), context.height());
     workbench::RenderTarget::clear({0, 0, 0, 0});
-    input.render(context);
 }
 
 void bindScene(const workbench::RenderTarget& target) {
@@ -35,6 +49,19 @@ void bindScene(const workbench::RenderTarget& target) {
     glBindTexture(GL_TEXTURE_2D_MULTISAMPLE, target.depth());
     glActiveTexture(GL_TEXTURE0 + ColorUnit);
     glBindTexture(GL_TEXTURE_2D_MULTISAMPLE, target.color());
+}
+
+/// Lays the least depth of a target's samples into the depth of the current framebuffer, where it is nearer.
+void handDepthOn(const workbench::RenderTarget& target, VGLRenderContext& context) {
+    workbench::setEntryState(context.width(), context.height());
+    bindScene(target);
+    glColorMask(GL_FALSE, GL_FALSE, GL_FALSE, GL_FALSE);
+    glEnable(GL_DEPTH_TEST);
+    GLProgram program(VertexText, DepthText, "depth vertex shader", "depth fragment shader");
+    program.use();
+    program.setUniformValuei("SceneDepth", DepthUnit, true);
+    program.setUniformValuei("nSamples", target.samples(), true);
+    workbench::drawFullScreenQuad(1);
 }
 
 /// Failures of a shader get the display's name, which the labels of the texts do not have.
@@ -88,7 +115,9 @@ AcceptInfoList MSDeferredObjectDisplay::accept(const WeakPtr<VObject>& object) c
     return {{"", typenameOf(typeid(candidate)), 0}};
 }
 
-void MSDeferredObjectDisplay::draw(VGLRenderContext& context) {
+void MSDeferredObjectDisplay::draw(VGLRenderContext& context) { drawFrame(context, false); }
+
+void MSDeferredObjectDisplay::drawFrame(VGLRenderContext& context, bool handsDepthOn) {
     if (!source)
         throw workbench::Failure(workbench::Fault::Usage, {name(),
                                                            "has nothing to show",
@@ -103,13 +132,21 @@ void MSDeferredObjectDisplay::draw(VGLRenderContext& context) {
         session.targets().leaseMultisample(context.width(), context.height(), renderer->requestedSamples());
     renderer->attach({ColorUnit, DepthUnit, target->samples()});
 
-    drawInput(*source, context, *target);
+    {
+        const workbench::StateGuard guard;
+        bindForInput(*target, context);
+        if (auto* display = dynamic_cast<MSDeferredObjectDisplay*>(source.get()))
+            display->drawFrame(context, true);
+        else
+            source->render(context);
+    }
     workbench::reportPendingErrors(name(), "was left by its input, " + source->name());
 
     const workbench::StateGuard guard;
     workbench::setEntryState(context.width(), context.height());
     bindScene(*target);
     runRenderer(*renderer, name());
+    if (handsDepthOn) handDepthOn(*target, context);
 }
 
 BoundingSphere MSDeferredObjectDisplay::bounds() const {

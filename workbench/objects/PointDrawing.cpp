@@ -51,7 +51,12 @@ void PointDrawing::draw(double size, double intensity) const {
     glVertexPointer(3, GL_FLOAT, 0, set.positions.data());
     glEnableClientState(GL_COLOR_ARRAY);
     glColorPointer(4, GL_FLOAT, 0, set.colours.data());
-    glDrawArrays(GL_POINTS, 0, static_cast<GLsizei>(set.positions.size()));
+    const auto count = static_cast<GLsizei>(set.positions.size());
+    glDrawArrays(GL_POINTS, 0, count);
+    // The depth comes second: in the first pass it would keep farther points from adding their light.
+    glColorMask(GL_FALSE, GL_FALSE, GL_FALSE, GL_FALSE);
+    glDepthMask(GL_TRUE);
+    glDrawArrays(GL_POINTS, 0, count);
 }
 
 } // namespace workbench::objects

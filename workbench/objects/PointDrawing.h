@@ -14,9 +14,9 @@ class PointDrawing {
 public:
     explicit PointDrawing(PointSet points);
 
-    /// Draws into the current frame, `size` pixels wide each, colours times `intensity`. Behind what is
-    /// nearer nothing is added; the depth stays as it is. A context is current; throws what krod::GLProgram
-    /// throws.
+    /// Draws into the current frame, `size` pixels wide each, colours times `intensity`. Behind what was drawn
+    /// before nothing is added; points do not hide each other, the depth becomes that of the nearest. A
+    /// context is current; throws what krod::GLProgram throws.
     void draw(double size, double intensity) const;
 
     /// Around all points.

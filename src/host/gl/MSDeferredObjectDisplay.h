@@ -7,7 +7,8 @@
 namespace krod {
 
 /// Draws one renderable input off-screen and puts it back through a renderer that the display makes for each
-/// frame. A display is itself renderable, so displays chain.
+/// frame. A display is itself renderable, so displays chain; the host hands the depth of the object at the
+/// end of a chain on, whatever the displays between them write.
 class KROD_API MSDeferredObjectDisplay : public MSDeferredRenderObject {
 public:
     /// The initial value and expert level of "samples".
@@ -48,6 +49,8 @@ protected:
     bool readSamples(const VValuePool& pool, int& samples) const noexcept;
 
 private:
+    void drawFrame(VGLRenderContext& context, bool handsDepthOn);
+
     StrongPtr<VParameter> samples;
     StrongPtr<VGLRenderObject> source;
 };
