@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: Apache-2.0
+// A saved network, as data: which objects, with which parameters, connected how, seen how.
+#pragma once
+
+#include "workbench/network/NetworkPlace.h"
+
+#include <array>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace workbench {
+
+/// A parameter that was set, in text form.
+struct NetworkParameter {
+    std::string name;
+    std::string text;
+    NetworkPlace place;
+};
+
+/// A module object.
+struct NetworkObject {
+    std::string name;                         ///< once in a network
+    std::string creator;                      ///< key, "Display/CMYK"
+    std::string source;                       ///< tells creators of one key apart; empty where there is none
+    std::string input;                        ///< name of the object that it takes, or empty
+    std::vector<NetworkParameter> parameters; ///< in the host's order
+    std::vector<std::string> unset;           ///< parameters that are not readable
+    NetworkPlace place;
+};
+
+/// Parameters that have one value together: setting one sets all.
+struct NetworkSharing {
+    struct End {
+        std::string object, parameter;
+    };
+    std::vector<End> ends; ///< two or more
+    NetworkPlace place;
+};
+
+/// What comes out: an object drawn, or a picture file, through tile processors.
+struct NetworkView {
+    std::string name;                    ///< once in a network
+    std::string shows;                   ///< name of the object that is drawn; empty where `picture` stands
+    std::string picture;                 ///< path of the picture file that is processed instead
+    std::vector<std::string> processors; ///< names of tile modules, in the order of their work
+
+    /// How an object is seen; world units, degrees. Without it, the command that draws decides.
+    struct Camera {
+        std::array<double, 3> eye{}, target{}, up{};
+        double fieldOfView = 0;
+    };
+    std::optional<std::array<int, 2>> size; ///< width and height in pixels
+    std::optional<Camera> camera;
+    std::optional<std::array<double, 4>> background; ///< linear RGBA
+
+    /// Tiles that the picture is made in.
+    struct Tiles {
+        int width = 0, height = 0, overlap = 0;
+    };
+    std::optional<Tiles> tiles;
+    NetworkPlace place;
+};
+
+/// The whole. Lists keep their order.
+struct Network {
+    static constexpr int Version = 1;
+
+    std::vector<NetworkObject> objects;
+    std::vector<NetworkSharing> shared;
+    std::vector<NetworkView> views;
+
+    [[nodiscard]] const NetworkObject* object(const std::string& name) const noexcept;
+};
+
+} // namespace workbench

@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: Apache-2.0
+// Networks from and to text.
+#pragma once
+
+#include "workbench/network/Network.h"
+
+#include <cstddef>
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+namespace workbench {
+
+/// What a network file may hold.
+struct NetworkLimits {
+    static constexpr std::size_t Bytes = std::size_t{16} << 20;
+    static constexpr std::size_t TextBytes = std::size_t{1} << 20; ///< of one text
+    static constexpr int Depth = 64;                               ///< of nested braces and brackets
+    static constexpr std::size_t Objects = 10'000;
+};
+
+/// Reads a network. `who` names the text in messages. The result is complete and consistent in itself: known
+/// members only, each name once, every name that is referred to is there, no cycle. Whether creators and
+/// parameters exist is not looked at. Throws Failure(Network): "<who>, line <n>: …".
+[[nodiscard]] Network networkFromText(std::string_view text, const std::string& who);
+
+/// Reads a file. Throws Failure(Input) where it cannot be read at all, else as networkFromText.
+[[nodiscard]] Network readNetwork(const std::filesystem::path& file);
+
+/// Several lines for files, one line for what is kept inside of a picture. Reading a text and writing it
+/// again gives the same bytes as writing it first.
+enum class NetworkLayout { Lines, OneLine };
+[[nodiscard]] std::string textOf(const Network& network, NetworkLayout layout = NetworkLayout::Lines);
+
+/// Writes a file, complete or not at all. Throws Failure(Output).
+void saveNetwork(const Network& network, const std::filesystem::path& file, bool noClobber = false);
+
+/// The failure of something at a place: "<who>, line <n>: <what> …".
+[[noreturn]] void refuseNetwork(const std::string& who, NetworkPlace place, const std::string& what,
+                                const std::string& expected = "", const std::string& got = "",
+                                const std::string& advice = "");
+
+} // namespace workbench

@@ -1,0 +1,101 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "workbench/files/OutputFile.h"
+#include "workbench/network/NetworkFile.h"
+
+#include "host/values/VValueTrait.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+
+namespace workbench {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+Json toJson(const NetworkObject& object) {
+    Json json{{"name", object.name}, {"creator", object.creator}};
+    if (!object.source.empty()) json["source"] = object.source;
+    if (!object.input.empty()) json["input"] = object.input;
+    for (const NetworkParameter& parameter : object.parameters)
+        json["parameters"][parameter.name] = parameter.text;
+    if (!object.unset.empty()) json["unset"] = object.unset;
+    return json;
+}
+
+Json toJson(const NetworkSharing& sharing) {
+    Json json = Json::array();
+    for (const NetworkSharing::End& end : sharing.ends) json.push_back(end.object + '.' + end.parameter);
+    return json;
+}
+
+Json toJson(const NetworkView& view) {
+    Json json{{"name", view.name}};
+    if (!view.shows.empty()) json["shows"] = view.shows;
+    if (!view.picture.empty()) json["picture"] = view.picture;
+    if (!view.processors.empty()) json["processors"] = view.processors;
+    if (view.size) json["size"] = *view.size;
+    if (view.camera)
+        json["camera"] = {{"eye", view.camera->eye},
+                          {"target", view.camera->target},
+                          {"up", view.camera->up},
+                          {"fieldOfView", view.camera->fieldOfView}};
+    if (view.background) json["background"] = *view.background;
+    if (view.tiles) {
+        json["tiles"] = {{"size", {view.tiles->width, view.tiles->height}}};
+        if (view.tiles->overlap > 0) json["tiles"]["overlap"] = view.tiles->overlap;
+    }
+    return json;
+}
+
+Json toJson(const Network& network) {
+    Json json{{"version", Network::Version}};
+    const auto add = [&json](const char* name, const auto& list) {
+        for (const auto& item : list) json[name].push_back(toJson(item));
+    };
+    add("objects", network.objects);
+    add("shared", network.shared);
+    add("views", network.views);
+    return json;
+}
+
+bool isPlain(const Json& value) { return !value.is_structured(); }
+
+/// Two blanks per level, and lists of plain values in one line.
+void append(std::string& text, const Json& json, std::size_t level) {
+    const bool inOneLine =
+        isPlain(json) || json.empty() || (json.is_array() && std::ranges::all_of(json, isPlain));
+    if (inOneLine && !json.is_array()) {
+        text += json.dump();
+        return;
+    }
+    const std::string end = inOneLine ? "" : '\n' + std::string(2 * level, ' ');
+    const std::string begin = inOneLine ? "" : end + "  ";
+    const char* separator = "";
+    text += json.is_object() ? '{' : '[';
+    for (const auto& [name, value] : json.items()) {
+        text += separator + begin;
+        if (json.is_object()) text += Json(name).dump() + ": ";
+        append(text, value, level + 1);
+        separator = inOneLine ? ", " : ",";
+    }
+    text += end + (json.is_object() ? '}' : ']');
+}
+
+} // namespace
+
+std::string textOf(const Network& network, NetworkLayout layout) {
+    const Json json = toJson(network);
+    if (layout == NetworkLayout::OneLine) return json.dump();
+    std::string text;
+    append(text, json, 0);
+    return text + '\n';
+}
+
+void saveNetwork(const Network& network, const std::filesystem::path& file, bool noClobber) {
+    OutputFile output(file, noClobber);
+    output.write(textOf(network));
+    output.finish();
+}
+
+} // namespace workbench
