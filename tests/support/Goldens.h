@@ -15,7 +15,7 @@ public:
     /// `actual` receives the texts that differ, under the same names.
     Goldens(std::filesystem::path folder, std::filesystem::path actual);
 
-    /// Whether the golden of that name, "CMYK/defaults.frag", has exactly these bytes. If not, the answer
+    /// Whether the golden of that name, "CMYKObjectDisplay/defaults.frag", has exactly these bytes. If not, the answer
     /// names module, case, the first line that differs, the actual text's path and how to bless it.
     [[nodiscard]] testing::AssertionResult match(const std::string& name, const std::string& text) const;
 

@@ -16,6 +16,15 @@ ParameterPool& ParameterPool::set(const std::string& name, const std::string& te
     return *this;
 }
 
+ParameterPool& ParameterPool::setValue(const std::string& name,
+                                       const krod::StrongPtr<krod::VValueBase>& value) {
+    const krod::VParameter& parameter = parameterOf(object, name);
+    if (value->type() != parameter.value().type())
+        throw std::runtime_error(name + ": expected " + parameter.typeName() + ", got " + value->typeName());
+    pool.set(parameter, value);
+    return *this;
+}
+
 ParameterPool& ParameterPool::makeUnreadable(const std::string& name) {
     pool.makeUnreadable(parameterOf(object, name));
     return *this;

@@ -17,6 +17,9 @@ public:
     /// Gives a parameter a value in this pool only. Throws std::runtime_error for an unknown name or a text
     /// that does not parse.
     ParameterPool& set(const std::string& name, const std::string& text);
+    /// Gives a parameter a value that may have no text form, such as NaN. Throws std::runtime_error for an
+    /// unknown name or a value of another type.
+    ParameterPool& setValue(const std::string& name, const krod::StrongPtr<krod::VValueBase>& value);
     /// Makes a parameter unreadable here. Throws std::runtime_error for an unknown name.
     ParameterPool& makeUnreadable(const std::string& name);
 

@@ -10,6 +10,7 @@
 #include <array>
 #include <charconv>
 #include <cstdint>
+#include <stdexcept>
 #include <string>
 #include <utility>
 
@@ -17,6 +18,14 @@ namespace recording {
 namespace {
 
 std::string number(int value) { return krod::VValueTrait<int>::Text(value); }
+
+std::string nameOfNextProgram() {
+    if (host().refusesPrograms) {
+        host().calls.add("GLProgram refused");
+        throw std::runtime_error("program refused");
+    }
+    return "GLProgram " + number(++host().programsMade);
+}
 
 } // namespace
 
@@ -42,6 +51,7 @@ std::string quoted(const std::string& text) { return '"' + text + '"'; }
 namespace krod {
 
 using recording::host;
+using recording::nameOfNextProgram;
 using recording::number;
 using recording::quoted;
 using recording::sizeAndHash;
@@ -53,7 +63,7 @@ struct GLProgram::State {
 
 GLProgram::GLProgram(const std::string& vertexText, const std::string& fragmentText,
                      const std::string& vertexLabel, const std::string& fragmentLabel)
-    : state(new State{"GLProgram " + number(++host().programsMade), host().reportsMissingUniforms}) {
+    : state(new State{nameOfNextProgram(), host().reportsMissingUniforms}) {
     ++host().programsAlive;
     host().calls.add(state->name + " made");
     host().calls.add("    vertex " + quoted(vertexLabel) + ", " + sizeAndHash(vertexText));

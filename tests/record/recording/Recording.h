@@ -13,7 +13,8 @@ struct Host {
     krod::MSDeferredRenderObject::Scene scene{0, 1, 8}; ///< attached to every renderer
     unsigned pendingError = 0;                          ///< found by the next look for errors
     bool reportsMissingUniforms = false;                ///< the flag of every program made from here on
-    support::CallLog calls;
+    bool refusesPrograms = false;                       ///< whether making a program throws
+    support::CallLog calls = {};
     int programsMade = 0;
     int programsAlive = 0;
 };
