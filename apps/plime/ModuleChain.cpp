@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "apps/plime/ModuleChain.h"
 
+#include "apps/plime/Text.h"
 #include "workbench/report/Failure.h"
 
+#include <algorithm>
 #include <optional>
 #include <string_view>
+#include <utility>
 
 namespace workbench {
 namespace {
@@ -15,6 +18,10 @@ ParameterSetting settingFrom(const std::string& text) {
         throw Failure(Fault::Usage, {"-p", "is no setting", "NAME=VALUE", '"' + text + '"', "", {}});
     return {text.substr(0, sign), text.substr(sign + 1)};
 }
+
+constexpr std::size_t LongestQuote = 40; // columns; a value may be a whole program
+
+std::string quoted(const std::string& value) { return '"' + shortened(printable(value), LongestQuote) + '"'; }
 
 /// Walks over the arguments once.
 class Walk {
@@ -42,7 +49,7 @@ private:
         if (groups.tiles)
             if (auto key = value("--with")) return open(chain.tiles, *std::move(key), "--with");
         if (auto text = value("-p")) {
-            module("-p").settings.push_back(settingFrom(*text));
+            add(module("-p"), settingFrom(*text));
             return true;
         }
         if (auto name = value("--unset")) {
@@ -71,6 +78,19 @@ private:
         std::string text(isLong ? attached.substr(1) : attached);
         ++position;
         return text;
+    }
+
+    static void add(ModuleRequest& module, ParameterSetting setting) {
+        const auto known = std::ranges::find(module.settings, setting.name, &ParameterSetting::name);
+        if (known != module.settings.end())
+            throw Failure(Fault::Usage, {"-p",
+                                         "sets \"" + setting.name + '"' +
+                                             (module.key.empty() ? "" : " of " + module.key) + " twice",
+                                         "one value",
+                                         quoted(known->text) + " and " + quoted(setting.text),
+                                         "",
+                                         {}});
+        module.settings.push_back(std::move(setting));
     }
 
     bool open(std::vector<ModuleRequest>& list, std::string key, const char* option) {

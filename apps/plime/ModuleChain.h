@@ -16,7 +16,7 @@ struct ParameterSetting {
 /// One module and what the arguments behind it say.
 struct ModuleRequest {
     std::string key;                        ///< KEY or KEY@SOURCE; empty for the command's own module
-    std::vector<ParameterSetting> settings; ///< in the order of the command line; of two, the later holds
+    std::vector<ParameterSetting> settings; ///< in the order of the command line, each name once
     std::vector<std::string> unset;         ///< parameters to be made unreadable
 };
 
@@ -38,8 +38,8 @@ struct ModuleGroups {
 /// Takes `--display`, `--with`, `-p`, `--unset` and `--unchecked` with their values out of the arguments of
 /// a command and leaves the rest in its order. `-p` and `--unset` belong to the `--display` or `--with`
 /// before them. "--option=value" and "-pNAME=VALUE" are read too; "--" ends the reading. Throws
-/// Failure(Usage) for a missing value, for a setting without name or "=", and for one that belongs to no
-/// module.
+/// Failure(Usage) for a missing value, for a setting without name or "=", for one that belongs to no module,
+/// and for a second one of the same parameter of a module.
 [[nodiscard]] ModuleChain takeModuleChain(std::vector<std::string>& arguments, const ModuleGroups& groups);
 
 } // namespace workbench

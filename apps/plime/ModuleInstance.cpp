@@ -92,7 +92,8 @@ ModuleInstance::ModuleInstance(CatalogueEntry entry, const ModuleRequest& reques
 void ModuleInstance::set(const std::string& name, const std::string& text, Limits limits) {
     VParameter& target = parameter(name);
     const bool isText = dynamic_cast<const TypedValue<std::string>*>(&target.value()) != nullptr;
-    const std::string given = isText && text.starts_with('@') ? readTextFile(text.substr(1)) : text;
+    const bool isFile = isText && text.starts_with('@');
+    const std::string given = isFile ? readTextFile(text.substr(1)) : text;
     requireKnownFlags(target, given);
     const StrongPtr<VValueBase> value = target.value().clone();
     if (const krod::TextResult result = value->setFromText(given); !result)
@@ -103,6 +104,18 @@ void ModuleInstance::set(const std::string& name, const std::string& text, Limit
                "at most " + *greatest, value->text(), "");
     if (limits == Limits::Checked) requireWithinLimits(target, *value);
     target.setValue(value);
+    files.erase(name);
+    if (isFile) files.emplace(name, text.substr(1));
+}
+
+std::string ModuleInstance::originOf(const std::string& text) const {
+    for (const auto& input : std::as_const(*module).slots().inputs()) {
+        const auto* const value = dynamic_cast<const TypedValue<std::string>*>(&input.parameter->value());
+        if (!value || value->value() != text) continue;
+        const auto file = files.find(input.name);
+        return "parameter \"" + input.name + '"' + (file == files.end() ? "" : " from " + file->second);
+    }
+    return {};
 }
 
 void ModuleInstance::unset(const std::string& name) {

@@ -36,6 +36,9 @@ public:
     void unset(const std::string& parameter);
     /// Makes the parameters of unset() unreadable in a pool.
     void hideUnset(krod::VValuePool& pool) const;
+    /// Which parameter holds exactly that text, and the file it was read from: 'parameter "code" from a.frag'.
+    /// Empty when none does.
+    [[nodiscard]] std::string originOf(const std::string& text) const;
 
     [[nodiscard]] const CatalogueEntry& entry() const noexcept { return row; }
     [[nodiscard]] krod::VObject& object() const noexcept { return *module; }
@@ -52,6 +55,7 @@ private:
     krod::StrongPtr<krod::VObject> module;
     std::map<std::string, krod::StrongPtr<krod::VValueBase>> initial;
     std::vector<std::string> hidden;
+    std::map<std::string, std::string> files; ///< of "@FILE", by parameter
 };
 
 /// Does a module's work. What it throws beyond Failure and std::bad_alloc becomes Failure(Partial) with the

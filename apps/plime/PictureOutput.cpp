@@ -6,6 +6,18 @@
 #include "host/values/VValueTrait.h"
 
 namespace workbench {
+namespace {
+
+/// The clipped values of a picture: how far below and above they were.
+std::string extremesText(const PictureWriter& writer) {
+    const auto text = [](float value) { return krod::VValueTrait<double>::Text(static_cast<double>(value)); };
+    const bool below = writer.smallestValue()<0, above = writer.largestValue()> 0;
+    std::string said = below ? "the smallest was " + text(writer.smallestValue()) : "";
+    if (above) said += (below ? ", the largest " : "the largest was ") + text(writer.largestValue());
+    return said;
+}
+
+} // namespace
 
 void OutputWish::addTo(Syntax& syntax) {
     syntax.options.push_back({"-o,--output", &path});
@@ -45,12 +57,19 @@ void PictureOutput::finish(Report& report) {
     if (writer->clippedCount() > 0)
         report.warning({path,
                         std::to_string(writer->clippedCount()) + " values were clipped to " +
-                            std::string(depthName(writer->depth())) + ", the largest was " +
-                            krod::VValueTrait<double>::Text(static_cast<double>(writer->largestValue())),
+                            std::string(depthName(writer->depth())) + ", " + extremesText(*writer),
                         "",
                         "",
                         "Write .exr to keep them",
                         {}});
+    if (writer->notNumberCount() > 0)
+        report.warning(
+            {path,
+             std::to_string(writer->notNumberCount()) + " values are not numbers and were written as 0",
+             "",
+             "",
+             "Write .exr to keep them",
+             {}});
     if (writer->dropped().empty()) return;
     std::string names;
     for (const std::string& name : writer->dropped()) names += (names.empty() ? "" : ", ") + name;

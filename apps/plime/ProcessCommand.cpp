@@ -2,22 +2,16 @@
 // plime process: tile processors over a picture.
 #include "apps/plime/Interruption.h"
 #include "apps/plime/Numbers.h"
-#include "apps/plime/PictureOutput.h"
-#include "apps/plime/Progress.h"
-#include "apps/plime/Provenance.h"
-#include "apps/plime/Session.h"
-#include "apps/plime/TilePass.h"
-#include "workbench/gl/RenderSession.h"
-#include "workbench/platform/EglContext.h"
+#include "apps/plime/PictureProcessing.h"
 
-#include <algorithm>
+#include <new>
 
 namespace workbench {
 namespace {
 
-constexpr std::string_view Help = R"(Usage: plime process IN -o OUT --with KEY [-p NAME=VALUE]… [--with …]…
+constexpr std::string_view Help = R"(Usage: plime process IN… -o OUT --with KEY [-p NAME=VALUE]… [--with …]…
 
-Runs tile processors over a picture, in the order of their --with. Values stay as
+Runs tile processors over pictures, in the order of their --with. Values stay as
 they are stored: nothing is clipped between modules, alpha is never multiplied.
 Reads and writes EXR, PNG, TIFF, JPEG and HDR; the name of OUT says which.
 
@@ -26,38 +20,81 @@ Reads and writes EXR, PNG, TIFF, JPEG and HDR; the name of OUT says which.
                     the value from a file
   --unset NAME      makes a parameter unreadable: the module falls back
   --unchecked       accepts values outside of their limits
-  -o, --output OUT  the picture to write: .exr .png .tif .tiff .jpg .jpeg .hdr
+  -o, --output OUT  the picture to write: .exr .png .tif .tiff .jpg .jpeg .hdr;
+                    {stem} and {ext} in it stand for the name of IN without its
+                    extension, and for the extension
   -d, --depth D     half, float, uint8 or uint16; else EXR is half, HDR float,
                     and other formats have the depth of IN
   --srgb            encodes the colours for viewing
   --tile N          lets shader processors take a picture of up to N pixels a
                     side as one tile; 4096 unless asked otherwise
+  --overlap N       what a tile sees of its neighbours, in pixels; 64 unless
+                    asked otherwise, less with small tiles
 
 Modules that work without a shader take pictures of any size, strip by strip.
+For shaders, a picture larger than one tile is cut into equal tiles of at most
+2048 pixels a side. Hollywood/PixelBlur measures in shares of a tile: where a
+picture is cut it reaches less far, and says so. Its sharpness s needs an
+overlap of 0.01/s of the tile; with less, the borders of tiles can be seen.
+
+With several pictures, OUT must lead each to a file of its own. One that fails
+does not stop the others: its error is told at once, how many failed at the end,
+and the exit code is 1. A shader that does not compile stops all at once.
 
 Examples:
   plime process sky.exr -o darker.exr --with Hollywood/GammaCorrection
   plime process sky.exr -o warmer.png --srgb \
         --with Hollywood/ColorGammaCorrection -p red=-0.3 -p blue=0.1
+  plime process *.exr -o out/{stem}_tm.png --with Hollywood/HDRToneMapping
 )";
+
+constexpr std::uint64_t Whole = 1000; // pieces that one of many pictures counts in the progress
+
+/// Whether work on other pictures would fail alike, or is not wanted any more.
+bool stopsAll(Fault fault, bool sameFormat) {
+    switch (fault) {
+    case Fault::Usage:
+        return sameFormat;
+    case Fault::Plugin:
+    case Fault::Shader:
+    case Fault::OpenGL:
+    case Fault::Interrupted:
+        return true;
+    default:
+        return false;
+    }
+}
+
+/// One line that names the picture.
+Diagnostic failureOf(const PictureJob& job, Diagnostic message) {
+    message.details.clear();
+    if (!message.who.starts_with(job.input) && !message.who.starts_with(job.output))
+        message.who = job.input + (message.who.empty() ? "" : ", " + message.who);
+    return message;
+}
 
 class ProcessCommand : public Command {
 public:
     [[nodiscard]] std::string_view name() const noexcept override { return "process"; }
     [[nodiscard]] std::string_view purpose() const noexcept override {
-        return "run tile processors over a picture";
+        return "run tile processors over pictures";
     }
     [[nodiscard]] std::string_view help() const noexcept override { return Help; }
     [[nodiscard]] Syntax syntax() override {
-        Syntax syntax{{}, {{"IN", &input}}, &modules, {.tiles = true}};
+        Syntax syntax{{}, {{"IN", &inputs}}, &modules, {.tiles = true}};
         wish.addTo(syntax);
         syntax.options.push_back({"--tile", &tile});
+        syntax.options.push_back({"--overlap", &overlap});
         return syntax;
     }
 
     int run(Session& session) override {
-        static_cast<void>(wish.requirePath());
-        if (tile) side = wholeNumber("--tile", *tile, 16, LargestSide);
+        const OutputPattern pattern(wish.path.value_or(""));
+        if (!pattern.hasExtension()) static_cast<void>(wish.requirePath());
+        static_cast<void>(wish.writeOptions(session.options()));
+        TilingWish tiling;
+        if (tile) tiling.side = wholeNumber("--tile", *tile, 1, LargestSide);
+        if (overlap) tiling.overlap = wholeNumber("--overlap", *overlap, 0, LargestOverlap);
         if (modules.tiles.empty())
             throw Failure(Fault::Usage, {"process",
                                          "has nothing to do",
@@ -65,83 +102,70 @@ public:
                                          "",
                                          "\"plime list\" shows them under Hollywood",
                                          {}});
+        const std::vector<PictureJob> jobs = planOutputs(inputs, pattern);
         TileChain chain(session.catalogue(), modules.tiles,
                         modules.unchecked ? Limits::Unchecked : Limits::Checked);
         chain.prepare();
-        const auto reader = PictureReader::open(input);
-        if (chain.drawsWithOpenGL())
-            processWhole(session, chain, *reader);
+        PictureProcessing processing(session, chain, wish, tiling);
+        if (inputs.size() == 1 && !pattern.hasPlaceholder())
+            processing.process(jobs.front());
         else
-            processStrips(session, chain, *reader);
-        if (reader->overflowCount() > 0)
-            session.report().warning({input,
-                                      std::to_string(reader->overflowCount()) +
-                                          " values are too large for a half and became infinite",
-                                      "",
-                                      "",
-                                      "",
-                                      {}});
+            processAll(session, processing, jobs, !pattern.hasExtension());
         return 0;
     }
 
 private:
-    /// The description of the output: the input's, with how it was made.
-    [[nodiscard]] PictureDescription outputDescription(const TileChain& chain, const PictureReader& reader,
-                                                       int tileHeight) const {
-        Provenance provenance;
-        std::string last = provenance.addPicture(input);
-        for (const auto& module : chain.instances()) last = provenance.add(*module, last);
-        provenance.setTiles(reader.description().width, tileHeight);
-        PictureDescription description = reader.description();
-        description.isGrey = false; // channels are processed one by one and may come apart
-        description.setText(NetworkName, provenance.text());
-        return description;
-    }
+    static constexpr int LargestOverlap = 4096;
 
-    void processWhole(Session& session, const TileChain& chain, PictureReader& reader) const {
-        RenderSession rendering({.gpu = session.options().gpu, .strictGlsl = session.options().strictGlsl});
-        const int width = reader.description().width, height = reader.description().height;
-        requireOneTile(input, width, height, side, rendering.properties().maxTextureSize);
-        const std::size_t count = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
-        requireMemory(input, count, session.options().memory);
-        std::vector<krod::RGBAHalf> pixels(count);
-        ExtraRows extra;
-        reader.readRows(0, height, pixels.data(), &extra);
-        session.report().note("The picture is one tile of " + std::to_string(width) + "x" +
-                              std::to_string(height) + " pixels on " + rendering.driver() + ".");
-        PictureOutput output(wish, session.options(), outputDescription(chain, reader, height));
-        processRows(chain, pixels, width, height);
-        output.write(0, height, pixels.data(), &extra);
-        output.finish(session.report());
-    }
-
-    void processStrips(Session& session, const TileChain& chain, PictureReader& reader) const {
-        const int width = reader.description().width, height = reader.description().height;
-        const int rows = std::min(StripRows, height);
-        session.report().note("Working in strips of " + std::to_string(rows) + " rows.");
-        PictureOutput output(wish, session.options(), outputDescription(chain, reader, rows));
-        const auto pixelsOf = [&](int count) {
-            return static_cast<std::size_t>(width) * static_cast<std::size_t>(count);
+    /// Throws Failure(Partial) when some of the pictures failed.
+    static void processAll(Session& session, PictureProcessing& processing,
+                           const std::vector<PictureJob>& jobs, bool sameFormat) {
+        compileOnce(processing);
+        Progress line(std::to_string(jobs.size()) + " pictures", jobs.size() * Whole, "pictures", Whole,
+                      session.options().quiet);
+        std::size_t failed = 0;
+        const auto tell = [&](const PictureJob& job, const Diagnostic& message) {
+            ++failed;
+            line.clear();
+            session.report().error(failureOf(job, message));
         };
-        Progress progress(input, pixelsOf(height), "Mpixel", 1e6, session.options().quiet);
-        std::vector<krod::RGBAHalf> pixels;
-        ExtraRows extra;
-        for (int first = 0; first < height; first += rows) {
+        for (std::size_t i = 0; i < jobs.size(); ++i) {
             throwIfInterrupted();
-            const int count = std::min(rows, height - first);
-            pixels.resize(pixelsOf(count));
-            reader.readRows(first, count, pixels.data(), &extra);
-            processRows(chain, pixels, width, count);
-            output.write(first, count, pixels.data(), &extra);
-            progress.show(pixelsOf(first + count));
+            const ProgressPart part{line, i * Whole, Whole};
+            try {
+                processing.process(jobs[i], &part);
+            } catch (const Failure& failure) {
+                if (stopsAll(failure.fault(), sameFormat)) throw;
+                tell(jobs[i], failure.diagnostic());
+            } catch (const std::bad_alloc&) {
+                tell(jobs[i], {"", "not enough memory", "", "", "", {}});
+            } catch (const std::exception& error) {
+                tell(jobs[i], {"", error.what(), "", "", "", {}});
+            }
         }
-        output.finish(session.report());
+        line.clear();
+        const std::string all = std::to_string(jobs.size());
+        session.report().note(std::to_string(jobs.size() - failed) + " of " + all + " pictures are written.");
+        if (failed > 0)
+            throw Failure(Fault::Partial,
+                          {"", std::to_string(failed) + " of " + all + " pictures failed", "", "", "", {}});
     }
 
-    std::string input;
+    /// Before any picture is touched.
+    static void compileOnce(PictureProcessing& processing) {
+        try {
+            processing.compile();
+        } catch (const Failure& failure) {
+            if (failure.fault() != Fault::Shader) throw;
+            Diagnostic message = failure.diagnostic();
+            message.advice = "It would fail for every picture, so none is begun";
+            throw Failure(failure.fault(), message);
+        }
+    }
+
+    std::vector<std::string> inputs;
     OutputWish wish;
-    std::optional<std::string> tile;
-    std::optional<int> side; ///< of --tile
+    std::optional<std::string> tile, overlap;
     ModuleChain modules;
 };
 

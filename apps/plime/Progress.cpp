@@ -31,8 +31,10 @@ Progress::Progress(std::string what, std::uint64_t total, std::string unit, doub
       perUnit(perUnit),
       visible(!quiet && isatty(ErrorOutput) == 1) {}
 
-Progress::~Progress() {
-    if (written) write("\r\x1b[K");
+Progress::~Progress() { clear(); }
+
+void Progress::clear() {
+    if (std::exchange(written, false)) write("\r\x1b[K");
 }
 
 void Progress::show(std::uint64_t done) {

@@ -21,6 +21,8 @@ public:
 
     /// So many pieces are done.
     void show(std::uint64_t done);
+    /// Removes the line, so that something else can be said.
+    void clear();
 
 private:
     using Clock = std::chrono::steady_clock;

@@ -54,7 +54,10 @@ void Provenance::setView(const FrameSetup& setup) {
         view["tiles"] = {{"size", setup.tiles.size}, {"overlap", setup.tiles.overlap}};
 }
 
-void Provenance::setTiles(int width, int height) { tiles = {width, height}; }
+void Provenance::setTiles(int width, int height, int overlap) {
+    tiles = {width, height};
+    if (overlap > 0) tileOverlap = overlap;
+}
 
 std::string Provenance::text() const {
     Json network;
@@ -62,6 +65,7 @@ std::string Provenance::text() const {
     network["objects"] = objects;
     if (!view.is_null()) network["view"] = view;
     if (!tiles.is_null()) network["tiles"] = tiles;
+    if (!tileOverlap.is_null()) network["tileOverlap"] = tileOverlap;
     return network.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 

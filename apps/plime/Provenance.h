@@ -21,15 +21,16 @@ public:
     std::string addPicture(const std::string& path);
     /// How the scene was seen.
     void setView(const FrameSetup& setup);
-    /// How tile processors saw the picture: tiles of that size, in pixels.
-    void setTiles(int width, int height);
+    /// How tile processors saw the picture: tiles of that size and, where it was cut with one, the pixels
+    /// around what is kept of each.
+    void setTiles(int width, int height, int overlap = 0);
 
     /// The document, in one line.
     [[nodiscard]] std::string text() const;
 
 private:
     Json objects = Json::array();
-    Json view, tiles;
+    Json view, tiles, tileOverlap;
 };
 
 } // namespace workbench

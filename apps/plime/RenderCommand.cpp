@@ -135,8 +135,7 @@ private:
     }
 
     [[nodiscard]] int sampleCount() const {
-        return wholeNumber("--samples", *samples, std::numeric_limits<int>::min(),
-                           std::numeric_limits<int>::max());
+        return wholeNumber("--samples", *samples, 1, std::numeric_limits<int>::max());
     }
 
     void setPointSize(ModuleInstance& scene, Limits limits) const {
@@ -189,8 +188,7 @@ private:
         session.report().note("Drawing on " + rendering.driver() + ".");
         if (tiles.size() > 1) session.report().note("Drawing in " + std::to_string(tiles.size()) + " tiles.");
         if (chain.drawsWithOpenGL())
-            requireOneTile("the picture", setup.width, setup.height, LargestSide,
-                           rendering.properties().maxTextureSize);
+            requireOneTile("the picture", setup.width, setup.height, rendering.properties().maxTextureSize);
 
         const PictureDescription description = describe(scene, displays, chain, setup);
         PictureOutput output(wish, session.options(), description);

@@ -31,6 +31,11 @@ Failure notATileProcessor(const std::string& key) {
                                   {}});
 }
 
+/// The program of a processor that draws with OpenGL; null for others.
+const krod::GLImageTileProcessor* shaderOf(const Processor& processor) {
+    return dynamic_cast<const krod::GLImageTileProcessor*>(processor.get());
+}
+
 bool isOffered(const krod::VCreatorBase* creator) {
     const auto offered = InputCreatorRegistry::find(typeid(Processor));
     return std::ranges::any_of(offered, [&](const auto* input) { return &input->creator() == creator; });
@@ -85,16 +90,37 @@ void TileChain::prepare() {
     }
 }
 
-bool TileChain::drawsWithOpenGL() const {
-    return std::ranges::any_of(processors, [](const Processor& processor) {
-        return dynamic_cast<const krod::GLImageTileProcessor*>(processor.get()) != nullptr;
-    });
+bool TileChain::drawsWithOpenGL() const { return std::ranges::any_of(processors, shaderOf); }
+
+const ModuleInstance* TileChain::dependentOnTile() const {
+    const auto found = std::ranges::find_if(
+        modules, [](const auto& module) { return module->entry().key == "Hollywood/PixelBlur"; });
+    return found == modules.end() ? nullptr : found->get();
+}
+
+void TileChain::compile() const {
+    const krod::StrongPtr<krod::Chunk<krod::RGBAHalf>> store(new krod::Chunk<krod::RGBAHalf>(1));
+    krod::ImageTile tile(1, 1, store);
+    for (std::size_t i = 0; i < processors.size(); ++i)
+        if (shaderOf(processors[i])) process(i, tile);
 }
 
 void TileChain::process(krod::ImageTile& tile) const {
-    const krod::VRenderContext context(pool);
-    for (std::size_t i = 0; i < processors.size(); ++i)
-        inTheNameOf(*modules[i], [&] { processors[i]->process(context, tile); });
+    for (std::size_t i = 0; i < processors.size(); ++i) process(i, tile);
+}
+
+void TileChain::process(std::size_t index, krod::ImageTile& tile) const {
+    const ModuleInstance& module = *modules[index];
+    try {
+        inTheNameOf(module, [&] { processors[index]->process(krod::VRenderContext(pool), tile); });
+    } catch (const Failure& failure) {
+        const auto* const shader = shaderOf(processors[index]);
+        const std::string origin = shader ? module.originOf(shader->shaderCode()) : "";
+        if (failure.fault() != Fault::Shader || origin.empty()) throw;
+        Diagnostic message = failure.diagnostic();
+        message.who = module.entry().key + ", " + origin;
+        throw Failure(failure.fault(), message);
+    }
 }
 
 } // namespace workbench

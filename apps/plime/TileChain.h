@@ -48,10 +48,19 @@ public:
     void prepare();
     /// Whether one of the processors draws with OpenGL. After prepare().
     [[nodiscard]] bool drawsWithOpenGL() const;
-    /// Runs every processor over the tile, each as inTheNameOf its module.
+    /// The first module that measures in shares of a tile, so that its work depends on the tile's size; null
+    /// when there is none.
+    [[nodiscard]] const ModuleInstance* dependentOnTile() const;
+    /// Has every processor that draws with OpenGL draw one pixel, so that programs are compiled. Throws as
+    /// process().
+    void compile() const;
+    /// Runs every processor over the tile, each as inTheNameOf its module. A shader that does not compile is
+    /// named by the parameter and the file that it comes from.
     void process(krod::ImageTile& tile) const;
 
 private:
+    void process(std::size_t index, krod::ImageTile& tile) const;
+
     std::vector<std::unique_ptr<ModuleInstance>> modules;
     std::vector<krod::StrongPtr<krod::ImageTileProcessor>> processors;
     krod::VValuePool pool;

@@ -2,24 +2,19 @@
 // Tile processors over whole pictures.
 #pragma once
 
+#include "apps/plime/PictureOutput.h"
 #include "apps/plime/TileChain.h"
+#include "apps/plime/TilePlan.h"
 
 #include <cstdint>
-#include <optional>
+#include <functional>
 #include <string>
 #include <vector>
 
 namespace workbench {
 
-/// The side of the largest picture that shader processors take as one tile, unless --tile says otherwise.
-inline constexpr int LargestShaderTile = 4096;
-/// Rows of a strip for chains that work on the processor.
-inline constexpr int StripRows = 256;
-
-/// Throws Failure(Output) when a picture is larger than one tile for shader processors. `tile` is what --tile
-/// asks for, `driverLimit` the largest texture; the advice names what would do.
-void requireOneTile(const std::string& picture, int width, int height, std::optional<int> tile,
-                    int driverLimit);
+/// Throws Failure(Output) when a picture is larger than the largest texture of the driver.
+void requireOneTile(const std::string& picture, int width, int height, int driverLimit);
 
 /// Throws Failure(Output) when a picture needs more than --memory allows: so many pixels are held at once,
 /// each of them twice, before and after.
@@ -27,5 +22,11 @@ void requireMemory(const std::string& picture, std::uint64_t pixels, std::uint64
 
 /// Runs the chain over rows of pixels as one tile, in place.
 void processRows(const TileChain& chain, std::vector<krod::RGBAHalf>& pixels, int width, int height);
+
+/// Takes a picture through the chain, tile by tile from the top, in one pass of reading and writing. One band
+/// of tiles is held at a time. `done` is told the share that is finished, from 0 to 1. Throws
+/// Failure(Interrupted) between tiles when a signal has come.
+void processTiles(const TileChain& chain, const TilePlan& plan, PictureReader& reader, PictureOutput& output,
+                  const std::function<void(double share)>& done);
 
 } // namespace workbench

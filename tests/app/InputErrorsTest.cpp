@@ -97,8 +97,6 @@ TEST_F(PlimeInput, missingWords_areNamed) {
                    "process: has nothing to do — expected --with KEY, a tile processor. \"plime list\" shows "
                    "them under Hollywood.",
                    {});
-    refusedProcess(2, "\"more.exr\": is one word too many. See \"plime help process\".",
-                   Gamma + Words{"more.exr"});
 }
 
 TEST_F(PlimeInput, demoThatIsNone_isRefusedWithASuggestion) {
@@ -160,6 +158,10 @@ TEST_F(PlimeInput, parameters_areCheckedBeforeWork) {
             "parameter \"red\" cannot take this value — expected a finite number like 0.5, got \"nan\".",
         Colours + Words{"-p", "red=nan"});
     refusedProcess(2,
+                   "-p: sets \"red\" of Hollywood/ColorGammaCorrection twice — expected one value, got "
+                   "\"0.5\" and \"0.25\".",
+                   Colours + Words{"-p", "red=0.5", "-p", "red=0.25"});
+    refusedProcess(2,
                    colours +
                        "parameter \"red\" is outside its limits — expected -1.0 to 1.0, got 1.5. Set it "
                        "nevertheless with --unchecked.",
@@ -186,10 +188,15 @@ TEST_F(PlimeInput, valuesOfOptions_areChecked) {
     wrong("--background", "1,2", "cannot be read — expected R,G,B[,A], linear values");
     wrong("--tile", "8", "has a wrong value — expected a whole number from 16 to 16384");
     wrong("--overlap", "-1", "has a wrong value — expected a whole number from 0 to 4096");
-    wrong("--samples", "many", "has a wrong value — expected a whole number from -2147483648 to 2147483647");
+    for (const std::string value : {"many", "0", "-4"})
+        wrong("--samples", value, "has a wrong value — expected a whole number from 1 to 2147483647");
     wrong("-d", "bits", "knows no such depth — expected half, float, uint8 or uint16");
-    refusedProcess(2, "--tile: has a wrong value — expected a whole number from 16 to 131072, got \"big\".",
+    refusedProcess(2, "--tile: has a wrong value — expected a whole number from 1 to 131072, got \"big\".",
                    Gamma + Words{"--tile", "big"});
+    refusedProcess(2, "--overlap: has a wrong value — expected a whole number from 0 to 4096, got \"-1\".",
+                   Gamma + Words{"--overlap", "-1"});
+    refusedProcess(2, "-d: knows no such depth — expected half, float, uint8 or uint16, got \"bits\".",
+                   Gamma + Words{"-d", "bits"});
     refusedRender(2, "--point-size: has no meaning here: demo:knot is not drawn in points.",
                   {"--point-size", "3"});
 }

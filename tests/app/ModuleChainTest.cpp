@@ -108,6 +108,20 @@ TEST(Module_chain, refuses_what_is_no_setting) {
     EXPECT_EQ(failure({"-p", "=1"}, OwnOnly), "2 -p: is no setting — expected NAME=VALUE, got \"=1\".");
 }
 
+TEST(Module_chain, refuses_a_second_value_of_one_parameter) {
+    EXPECT_EQ(failure({"--with", "A", "-p", "x=1", "-p", "y=1", "-p", "x=2"}, TilesOnly),
+              "2 -p: sets \"x\" of A twice — expected one value, got \"1\" and \"2\".");
+    EXPECT_EQ(failure({"-p", "x=1", "-p", "x=1"}, OwnOnly),
+              "2 -p: sets \"x\" twice — expected one value, got \"1\" and \"1\".");
+    std::vector<std::string> twoModules = {"--with", "A", "-p", "x=1", "--with", "A", "-p", "x=2"};
+    EXPECT_EQ(takeModuleChain(twoModules, TilesOnly).tiles.size(), 2U);
+}
+
+TEST(Module_chain, quotes_long_values_shortly) {
+    const std::string program(100000, 'x');
+    EXPECT_LT(failure({"-p", "code=" + program, "-p", "code=" + program}, OwnOnly).size(), 200U);
+}
+
 TEST(Module_chain, refuses_missing_values) {
     EXPECT_EQ(failure({"-p"}, OwnOnly), "2 -p: has no value — expected NAME=VALUE, got nothing.");
     EXPECT_EQ(failure({"--unset"}, OwnOnly), "2 --unset: has no value — expected NAME, got nothing.");

@@ -229,21 +229,44 @@ TEST_F(PlimeProcess, clipping_isSaidOnce) {
     expectHas(text, " values were clipped to uint16, the largest was ");
 }
 
+TEST_F(PlimeProcess, valuesBelowZero_areSaidWithTheSmallest) {
+    Picture input = ramp(2, 1);
+    const std::string before = "plime: warning: " + at("out.png") + ": ";
+    const std::string after = ". Write .exr to keep them.\n";
+    const Words same = {"--with", "Hollywood/TileProgram", "-p",
+                        "code=uniform sampler2D frame; void main() { gl_FragColor = texture2D(frame, "
+                        "gl_TexCoord[0].xy); }"};
+    input.pixels = {pixel(-0.5F, 0.5F, -2), pixel(7, 1, 0)};
+    processed(picture("both.exr", input), same,
+              before + "3 values were clipped to uint16, the smallest was -2.0, the largest 7.0" + after,
+              "out.png");
+    input.pixels[1].r = half(0.5F);
+    processed(picture("below.exr", input), same,
+              before + "2 values were clipped to uint16, the smallest was -2.0" + after, "out.png");
+}
+
+TEST_F(PlimeProcess, notANumber_isCountedOnItsOwn) {
+    Picture input = ramp(3, 1);
+    input.pixels[0] = pixel(-1, 0.5F, -1); // no power of 1.5
+    const std::string path = picture("in.exr", input);
+    const std::string before = "plime: warning: " + at("out.png") + ": ";
+    const std::string after = ". Write .exr to keep them.\n";
+    processed(path, Gamma,
+              before + "2 values were clipped to uint16, the largest was 4.26171875" + after + before +
+                  "2 values are not numbers and were written as 0" + after,
+              "out.png");
+    input.pixels.resize(1);
+    input.description.width = 1;
+    processed(picture("nan.exr", input), Gamma,
+              before + "2 values are not numbers and were written as 0" + after, "out.png");
+    EXPECT_EQ(float(readPicture(at("out.png")).pixels[0].r), 0.0F);
+}
+
 TEST_F(PlimeProcess, linesOfModules_areOnStandardErrorWithVerboseAlone) {
     const std::string path = picture("in.exr", ramp(8, 8));
     const std::string line = "GammaCorrection....process...\n";
     EXPECT_EQ(messagesOf(Words{"process", path, "-o", at("a.exr")} + Gamma), "");
     EXPECT_EQ(occurrences(messagesOf(Words{"process", path, "-o", at("a.exr"), "-v"} + Gamma), line), 1U);
-}
-
-TEST_F(PlimeProcess, tile_allowsLargerPicturesForShaders) {
-    const std::string path = picture("in.exr", ramp(100, 20));
-    expectFailure(4,
-                  path + ": is larger than one tile, which shader processors need — expected at most 64x64 "
-                         "pixels, got 100x20. Ask for --tile 100, or make the picture smaller.",
-                  Words{"process", path, "-o", at("out.exr"), "--tile", "64"} + Colours);
-    succeed(Words{"process", path, "-o", at("out.exr"), "--tile", "100"} + Colours);
-    succeed(Words{"process", path, "-o", at("out.exr"), "--tile", "16"} + Gamma); // works without a shader
 }
 
 TEST_F(PlimeProcess, inputAsOutput_isReplacedWhenComplete) {

@@ -185,8 +185,10 @@ TEST_F(PictureTest, Writer_integers_countWhatTheyClip) {
     const auto writer = PictureWriter::create(folder / "a.png", picture.description);
     writer->writeRows(0, 1, picture.pixels.data());
     writer->finish();
-    EXPECT_EQ(writer->clippedCount(), 4U);
+    EXPECT_EQ(writer->clippedCount(), 3U);
+    EXPECT_EQ(writer->smallestValue(), -1.0F);
     EXPECT_EQ(writer->largestValue(), 7.0F);
+    EXPECT_EQ(writer->notNumberCount(), 1U);
     expectSameBits(readPicture(folder / "a.png").pixels,
                    {pixel(1, 0, 0), pixel(0, 0, 0), pixel(0, 0, 1), pixel(0, 0, 1)});
 }

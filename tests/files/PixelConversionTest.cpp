@@ -66,7 +66,9 @@ TEST(PixelEncoderTest, Encoder_integers_roundAndClip) {
     const auto out = encoded<std::uint8_t>(
         encoder, {pixel(0, 1, 0.5F, 0.2F), pixel(-1, 8, std::nanf(""), 1), pixel(-0.0F, 3, infinity, 1)}, 12);
     EXPECT_EQ(out, (std::vector<std::uint8_t>{0, 255, 128, 51, 0, 255, 0, 255, 0, 255, 255, 255}));
-    EXPECT_EQ(encoder.clippedCount(), 5U); // -1, 8, NaN, 3, infinity
+    EXPECT_EQ(encoder.clippedCount(), 4U); // -1, 8, 3, infinity
+    EXPECT_EQ(encoder.notNumberCount(), 1U);
+    EXPECT_EQ(encoder.smallestValue(), -1.0F);
     EXPECT_EQ(encoder.largestValue(), infinity);
 }
 
@@ -75,6 +77,8 @@ TEST(PixelEncoderTest, Encoder_withinRange_countsNothing) {
     EXPECT_EQ(encoded<std::uint16_t>(encoder, {pixel(0, 0.25F, 1)}, 3),
               (std::vector<std::uint16_t>{0, 16384, 65535}));
     EXPECT_EQ(encoder.clippedCount(), 0U);
+    EXPECT_EQ(encoder.notNumberCount(), 0U);
+    EXPECT_EQ(encoder.smallestValue(), 0.0F);
     EXPECT_EQ(encoder.largestValue(), 0.0F);
 }
 
@@ -97,6 +101,22 @@ TEST(PixelEncoderTest, Encoder_sharedExponent_keepsLargeAndClipsNegativeValues) 
     const float infinity = std::numeric_limits<float>::infinity();
     EXPECT_EQ(encoded<float>(encoder, {pixel(2048, -1, infinity)}, 3), (std::vector<float>{2048, 0, 65504}));
     EXPECT_EQ(encoder.clippedCount(), 2U);
+}
+
+TEST(PixelEncoderTest, Encoder_onlyNaN_clipsNothing) {
+    PixelEncoder encoder(PixelDepth::UInt8, 3, true, ValueRange::Unit);
+    const float nan = std::nanf("");
+    EXPECT_EQ(encoded<std::uint8_t>(encoder, {pixel(nan, 0.5F, nan)}, 3),
+              (std::vector<std::uint8_t>{0, 188, 0}));
+    EXPECT_EQ(encoder.notNumberCount(), 2U);
+    EXPECT_EQ(encoder.clippedCount(), 0U);
+    EXPECT_EQ(encoder.largestValue(), 0.0F);
+}
+
+TEST(PixelEncoderTest, Encoder_floats_keepNaNWithoutAWord) {
+    PixelEncoder encoder(PixelDepth::Float, 1, false, ValueRange::All);
+    EXPECT_TRUE(std::isnan(encoded<float>(encoder, {pixel(std::nanf(""), 0, 0)}, 1).front()));
+    EXPECT_EQ(encoder.notNumberCount(), 0U);
 }
 
 TEST(PixelEncoderTest, Encoder_greyChannels_takeRedAndAlpha) {

@@ -2,10 +2,14 @@
 // Programs are compiled once, kept within bounds, and counted.
 #include "GlFixture.h"
 
+#include "tests/support/LoadedPlugin.h"
 #include "workbench/gl/ProgramCache.h"
 #include "workbench/report/Failure.h"
 
 #include <epoxy/gl.h>
+
+#include <array>
+#include <ostream>
 
 namespace workbench::test {
 namespace {
@@ -97,6 +101,84 @@ TEST_F(ProgramsWithoutCache, Every_program_is_compiled) {
     EXPECT_EQ(counts().hits, 0U);
     EXPECT_EQ(counts().entries, 0U);
 }
+
+/// A display of the plug-in and six values of one of its parameters. A parameter that stands in the shader's text makes
+/// a program for each of its values; one that is a uniform, or only decides on state, makes none.
+struct Slider {
+    const char* name;
+    const char* key;
+    const char* parameter;
+    bool inText;
+    std::array<const char*, 6> values;
+};
+
+void PrintTo(const Slider& slider, std::ostream* out) { *out << slider.name; }
+
+constexpr std::array<const char*, 6> Numbers{"0.1", "0.15", "0.2", "0.25", "0.3", "0.35"};
+constexpr std::array<const char*, 6> Flags{"+glow -halo", "-glow +halo", "+glow +halo",
+                                           "-glow -halo", "+glow -halo", "-glow +halo"};
+constexpr std::array<const char*, 6> Truths{"false", "true", "false", "true", "false", "true"};
+constexpr Slider Sliders[] = {
+    {"Blurred_exponent", "Display/Blurred", "exponent", true, Numbers},
+    {"Blurred_taps", "Display/Blurred", "width", true, {"3", "4", "7", "11", "19", "20"}},
+    {"CMYK_options", "Display/CMYK", "options", false, Flags},
+    {"CurveAdjust_p",
+     "Display/CurveAdjust",
+     "p",
+     true,
+     {"0.1 0.5", "0.2 0.5", "0.3 0.5", "0.4 0.5", "0.5 0.6", "0.5 0.7"}},
+    {"Depth_visibility", "Display/Depth@DisplayDepth", "InputVisibility", false, Truths},
+    {"ToneMapping_offset", "Display/Depth@HDRObjectDisplay", "offset", true, Numbers},
+    {"ToneMapping_transparency", "Display/Depth@HDRObjectDisplay", "TransparencyExponent", false, Numbers},
+    {"HSVAdjust_hue", "Display/HSVAdjust", "hue", true, Numbers},
+    {"PixelContours_width", "Display/PixelContours", "width", true, {"1", "2", "3", "4", "5", "6"}},
+    {"PixelContours_strength", "Display/PixelContours", "strength", false, Numbers},
+    {"ProximityHDR_width", "Display/ProximityHDR", "width", true, {"1", "2", "3", "4", "5", "6"}},
+    {"ProximityHDR_gamma", "Display/ProximityHDR", "gamma", false, Numbers},
+};
+
+/// Keeps fewer programs than a slider has values.
+class ProgramsOfDisplays : public Programs, public testing::WithParamInterface<Slider> {
+protected:
+    static constexpr std::size_t MostPrograms = 4;
+
+    ProgramsOfDisplays() : Programs(SessionOptions{.cachedPrograms = MostPrograms}) {
+        shown->setInput(object(fill));
+    }
+
+    void setValue(std::size_t i) {
+        support::setParameter(*shown, GetParam().parameter, GetParam().values.at(i));
+    }
+    void draw() { static_cast<void>(renderPicture(session, *shown, pool, frame(8, 8))); }
+
+    support::LoadedPlugin plugin;
+    krod::StrongPtr<krod::MSDeferredObjectDisplay> shown =
+        plugin.make<krod::MSDeferredObjectDisplay>(GetParam().key);
+};
+
+TEST_P(ProgramsOfDisplays, Steady_frames_compile_nothing) {
+    setValue(0);
+    for (int i = 0; i < 10; ++i) draw();
+    EXPECT_EQ(counts().compiles, 1U);
+    EXPECT_EQ(counts().misses, 1U);
+    EXPECT_EQ(counts().hits, 9U);
+}
+
+TEST_P(ProgramsOfDisplays, Moving_slider_compiles_once_for_each_text_and_keeps_few_programs) {
+    const std::size_t values = GetParam().values.size();
+    for (std::size_t i = 0; i < values; ++i) {
+        setValue(i);
+        draw();
+        draw();
+        EXPECT_EQ(counts().compiles, GetParam().inText ? i + 1 : 1U) << GetParam().values.at(i);
+    }
+    EXPECT_EQ(counts().entries, GetParam().inText ? MostPrograms : 1U);
+    EXPECT_EQ(counts().evictions, GetParam().inText ? values - MostPrograms : 0U);
+    EXPECT_EQ(counts().failures, 0U);
+}
+
+INSTANTIATE_TEST_SUITE_P(AllDisplays, ProgramsOfDisplays, testing::ValuesIn(Sliders),
+                         [](const auto& about) { return std::string(about.param.name); });
 
 } // namespace
 } // namespace workbench::test

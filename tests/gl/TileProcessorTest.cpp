@@ -2,6 +2,8 @@
 // Shader processors on image tiles.
 #include "GlFixture.h"
 
+#include "workbench/gl/ProgramCache.h"
+#include "workbench/gl/RenderTarget.h"
 #include "workbench/report/Failure.h"
 
 #include "host/gl/GLError.h"
@@ -43,6 +45,7 @@ bool isNaN(std::uint16_t bits) { return (bits & 0x7FFFU) > 0x7C00U; }
 
 class Tiles : public GlTest {
 protected:
+    using GlTest::GlTest;
     static StrongPtr<Chunk<RGBAHalf>> chunk(int count) {
         return StrongPtr<Chunk<RGBAHalf>>(new Chunk<RGBAHalf>(static_cast<std::size_t>(count)));
     }
@@ -156,11 +159,84 @@ TEST_F(Tiles, Shader_that_does_not_compile_leaves_the_tile) {
     EXPECT_EQ(static_cast<float>(store->data()[2].g), 3);
 }
 
+TEST_F(Tiles, Good_text_works_again_after_a_refused_one) {
+    const auto store = chunk(4);
+    Processor processor("void main() { gl_FragColor = vec4(1.0); }\n");
+    process(processor, 2, 2, store);
+    processor.text = "void main() { nonsense; }\n";
+    EXPECT_THROW(process(processor, 2, 2, store), Failure);
+    EXPECT_EQ(static_cast<float>(store->data()[0].r), 1);
+    processor.text = "void main() { gl_FragColor = vec4(2.0); }\n";
+    process(processor, 2, 2, store);
+    EXPECT_EQ(static_cast<float>(store->data()[0].r), 2);
+}
+
+class RunningHost : public Tiles {
+protected:
+    RunningHost() : Tiles(SessionOptions{.keepLastGoodProgram = true}) {}
+
+    static constexpr char Doubling[] =
+        "uniform sampler2D frame;\n"
+        "void main() { gl_FragColor = 2.0 * texture2D(frame, gl_TexCoord[0].xy); }\n";
+    static constexpr char Nonsense[] = "void main() { nonsense; }\n";
+};
+
+TEST_F(RunningHost, Last_good_text_goes_on_and_the_refused_one_is_told_once) {
+    const auto store = chunk(4);
+    store->data()[0].r = half(1.F);
+    Processor processor(Doubling);
+    process(processor, 2, 2, store);
+    processor.text = Nonsense;
+    process(processor, 2, 2, store);
+    process(processor, 2, 2, store);
+    EXPECT_EQ(static_cast<float>(store->data()[0].r), 8);
+    EXPECT_EQ(warnings.count("does not compile as a fragment shader — got text line 1"), 1);
+    EXPECT_EQ(warnings.heard.size(), 1U);
+    processor.text = "void main() { gl_FragColor = vec4(0.5); }\n";
+    process(processor, 2, 2, store);
+    EXPECT_EQ(static_cast<float>(store->data()[0].r), 0.5F);
+    EXPECT_EQ(warnings.heard.size(), 1U);
+    processor.text = Nonsense;
+    process(processor, 2, 2, store);
+    EXPECT_EQ(static_cast<float>(store->data()[0].r), 0.5F) << "drawn by the good text before it";
+    EXPECT_EQ(warnings.heard.size(), 2U) << "a mistake that comes back is told again";
+}
+
+TEST_F(RunningHost, Text_that_was_never_good_is_an_error) {
+    Processor processor(Nonsense);
+    EXPECT_THROW(process(processor, 2, 2, chunk(4)), Failure);
+    Processor other(Doubling);
+    process(other, 2, 2, chunk(4));
+    EXPECT_THROW(process(processor, 2, 2, chunk(4)), Failure) << "good texts belong to their processor";
+}
+
+TEST_F(Tiles, Empty_text_is_called_empty) {
+    for (const std::string text : {"", " \r\n\t"}) {
+        Processor processor(text);
+        try {
+            process(processor, 2, 2, chunk(4));
+            FAIL() << "nothing was thrown";
+        } catch (const Failure& failure) {
+            EXPECT_EQ(failure.diagnostic().what.find("does not compile as a fragment shader, because the "
+                                                     "program is empty"),
+                      0U)
+                << failure.what();
+        }
+    }
+}
+
 TEST_F(Tiles, Texture_is_used_again_for_the_same_size) {
     Processor processor(PassThrough);
     const auto first = processor.createFrameTexture(8, 4);
     EXPECT_EQ(processor.createFrameTexture(8, 4), first);
     EXPECT_FALSE(processor.createFrameTexture(4, 8) == first);
+}
+
+TEST_F(Tiles, Target_and_program_are_used_again_for_the_next_tile) {
+    Processor processor(PassThrough);
+    for (int i = 0; i < 3; ++i) process(processor, 8, 4, chunk(32));
+    EXPECT_EQ(session.targets().idleCount(), 1U);
+    EXPECT_EQ(session.programs().statistics().compiles, 1U);
 }
 
 TEST_F(Tiles, Texture_is_made_anew_in_another_session) {

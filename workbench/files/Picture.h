@@ -76,9 +76,13 @@ public:
     [[nodiscard]] PixelDepth depth() const { return storedDepth; }
     /// Channels and metadata that the format cannot hold, by name; alpha is "A".
     [[nodiscard]] const std::vector<std::string>& dropped() const { return droppedNames; }
-    /// How many values the format clipped so far, and the largest of them before clipping.
+    /// How many values the format clipped so far, and the smallest and the largest of them and 0, before
+    /// clipping.
     [[nodiscard]] virtual std::uint64_t clippedCount() const { return 0; }
+    [[nodiscard]] virtual float smallestValue() const { return 0; }
     [[nodiscard]] virtual float largestValue() const { return 0; }
+    /// How many values were no numbers and became 0.
+    [[nodiscard]] virtual std::uint64_t notNumberCount() const { return 0; }
 
 protected:
     PictureWriter(std::filesystem::path path, PictureDescription description, const WriteOptions& options);

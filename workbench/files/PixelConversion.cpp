@@ -133,17 +133,18 @@ PixelEncoder::PixelEncoder(PixelDepth storedDepth, int channelCount, bool srgb, 
     }
 }
 
-void PixelEncoder::countClipped(std::uint16_t bits) {
-    ++clipped;
+void PixelEncoder::countOutside(std::uint16_t bits) {
     const float value = std::bit_cast<half>(bits);
-    if (value > largest) largest = value; // false for NaN
+    ++(std::isnan(value) ? notNumbers : clipped);
+    if (value < smallest) smallest = value; // false for NaN
+    if (value > largest) largest = value;
 }
 
 template <typename Code>
 void PixelEncoder::encodeAs(const krod::RGBAHalf* pixels, std::size_t count, std::byte* out) {
     const auto put = [&](half value, const std::vector<std::uint32_t>& codes) {
         const auto bits = std::bit_cast<std::uint16_t>(value);
-        if (outside[bits]) countClipped(bits);
+        if (outside[bits]) countOutside(bits);
         const auto code = static_cast<Code>(codes[bits]);
         std::memcpy(out, &code, sizeof code);
         out += sizeof code;

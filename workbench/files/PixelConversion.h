@@ -52,7 +52,7 @@ enum class ValueRange {
 };
 
 /// Writes pixels with their channels side by side. Values outside of the range are clipped and counted; NaN
-/// becomes 0 there and counts too. Integers are rounded to nearest.
+/// becomes 0 there and is counted on its own. Integers are rounded to nearest.
 class KROD_FILES_API PixelEncoder {
 public:
     /// `channels`: 1 grey (taken from red), 2 grey and alpha, 3 colour, 4 colour and alpha. With `srgb` the
@@ -61,22 +61,25 @@ public:
 
     void encode(const krod::RGBAHalf* pixels, std::size_t count, std::byte* out);
 
-    /// How many values were clipped so far, and the largest of them before clipping (0 when there was none).
+    /// How many values were clipped so far, and the smallest and the largest of them and 0, before clipping.
     [[nodiscard]] std::uint64_t clippedCount() const { return clipped; }
+    [[nodiscard]] float smallestValue() const { return smallest; }
     [[nodiscard]] float largestValue() const { return largest; }
+    /// How many NaN became 0 so far.
+    [[nodiscard]] std::uint64_t notNumberCount() const { return notNumbers; }
 
 private:
     template <typename Code>
     void encodeAs(const krod::RGBAHalf* pixels, std::size_t count, std::byte* out);
-    void countClipped(std::uint16_t bits);
+    void countOutside(std::uint16_t bits);
 
     PixelDepth depth;
     int channels;
     ValueRange range;
     std::vector<std::uint32_t> colourCodes, alphaCodes; ///< stored form of each of the 65,536 halves
     std::vector<bool> outside;                          ///< halves that the range cannot hold
-    std::uint64_t clipped = 0;
-    float largest = 0;
+    std::uint64_t clipped = 0, notNumbers = 0;
+    float smallest = 0, largest = 0;
 };
 
 } // namespace workbench

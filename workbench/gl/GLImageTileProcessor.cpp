@@ -7,11 +7,15 @@
 #include "workbench/gl/RenderSession.h"
 #include "workbench/gl/RenderTarget.h"
 #include "workbench/gl/StateGuard.h"
+#include "workbench/report/Failure.h"
 
+#include "host/core/VActionNotifier.h"
 #include "host/gl/GLError.h"
 #include "host/gl/GLProgram.h"
 
 #include <epoxy/gl.h>
+
+#include <utility>
 
 namespace krod {
 namespace {
@@ -65,8 +69,26 @@ StrongPtr<GLTexture2D> GLImageTileProcessor::createFrameTexture(int width, int h
     return lastFrame;
 }
 
+/// The text to draw with: what shaderCode() returns, unless it does not compile and the session wants the
+/// last good one then.
+std::string GLImageTileProcessor::programText() {
+    std::string text = shaderCode();
+    const auto* const session = workbench::RenderSession::current();
+    if (!session || !session->options().keepLastGoodProgram) return text;
+    try {
+        const GLProgram program(VertexText, text, VertexLabel, FragmentLabel);
+        lastGood = text;
+        lastRefused.clear();
+    } catch (const workbench::Failure& failure) {
+        if (failure.fault() != workbench::Fault::Shader || lastGood.empty()) throw;
+        if (text != lastRefused) VActionNotifier::Warning(failure.what());
+        lastRefused = std::exchange(text, lastGood);
+    }
+    return text;
+}
+
 void GLImageTileProcessor::renderFrameTexture(GLTexture2D& frame) {
-    GLProgram program(VertexText, shaderCode(), VertexLabel, FragmentLabel);
+    GLProgram program(VertexText, programText(), VertexLabel, FragmentLabel);
     program.use();
     program.setUniformValuei("frame", 0, program.reportsMissingUniforms());
     glActiveTexture(GL_TEXTURE0);

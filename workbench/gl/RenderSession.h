@@ -23,6 +23,8 @@ struct SessionOptions {
     bool strictGlsl = false; ///< module texts go to the driver without shims
     bool reportMissingUniforms =
         false; ///< drivers remove unused uniforms, so this is for people who write shaders
+    bool keepLastGoodProgram =
+        false; ///< a tile processor whose text does not compile says so once and draws with its last good one
     std::size_t cachedPrograms = 64; ///< 0 compiles every program anew
 };
 

@@ -26,6 +26,11 @@ std::vector<TextRegion> regionsOf(const std::string& text) {
     return {{"text", linesBefore}, {file->path.string(), 0}};
 }
 
+/// What drivers say of a text without anything in it helps nobody.
+std::string becauseEmpty(const std::string& text) {
+    return text.find_first_not_of(" \t\r\n") == std::string::npos ? ", because the program is empty" : "";
+}
+
 std::string shaderLog(GLuint shader) {
     GLint length = 0;
     glGetShaderiv(shader, GL_INFO_LOG_LENGTH, &length);
@@ -81,9 +86,9 @@ GLName compileShader(const std::string& text, const std::string& label, ShaderSt
     GLint compiled = GL_FALSE;
     glGetShaderiv(shader.get(), GL_COMPILE_STATUS, &compiled);
     if (compiled == GL_TRUE) return shader;
-    throw refusal(label,
-                  isVertex ? "does not compile as a vertex shader" : "does not compile as a fragment shader",
-                  shaderLog(shader.get()), adapted.lines);
+    const std::string what =
+        isVertex ? "does not compile as a vertex shader" : "does not compile as a fragment shader";
+    throw refusal(label, what + becauseEmpty(text), shaderLog(shader.get()), adapted.lines);
 }
 
 } // namespace
@@ -101,8 +106,9 @@ GLName compileProgram(const ProgramTexts& texts, bool strict) {
     GLint linked = GL_FALSE;
     glGetProgramiv(program.get(), GL_LINK_STATUS, &linked);
     if (linked == GL_TRUE) return program;
-    throw refusal(texts.fragmentLabel, "does not link with " + texts.vertexLabel, programLog(program.get()),
-                  LineTable(texts.fragmentText, regionsOf(texts.fragmentText)));
+    throw refusal(texts.fragmentLabel,
+                  "does not link with " + texts.vertexLabel + becauseEmpty(texts.fragmentText),
+                  programLog(program.get()), LineTable(texts.fragmentText, regionsOf(texts.fragmentText)));
 }
 
 std::string adaptedText(const std::string& text, ShaderStage stage, bool strict) {

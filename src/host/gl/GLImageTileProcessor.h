@@ -24,12 +24,16 @@ public:
     /// next one.
     virtual StrongPtr<GLTexture2D> createFrameTexture(int width, int height);
     /// [host, gl · borrows] Draws one quad with the texture through the shader into the current framebuffer.
+    /// A host that goes on running may have the last good program draw in place of one that does not compile.
     virtual void renderFrameTexture(GLTexture2D& frame);
     /// [host · gives] The fragment shader text.
     [[nodiscard]] virtual std::string shaderCode() const = 0;
 
 private:
+    std::string programText();
+
     StrongPtr<GLTexture2D> lastFrame;
+    std::string lastGood, lastRefused; // texts; only where the host keeps the last good program
 };
 
 } // namespace krod

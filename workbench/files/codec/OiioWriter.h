@@ -19,7 +19,9 @@ public:
     ~OiioWriter() override;
 
     [[nodiscard]] std::uint64_t clippedCount() const override { return encoder.clippedCount(); }
+    [[nodiscard]] float smallestValue() const override { return encoder.smallestValue(); }
     [[nodiscard]] float largestValue() const override { return encoder.largestValue(); }
+    [[nodiscard]] std::uint64_t notNumberCount() const override { return encoder.notNumberCount(); }
 
 private:
     /// Leads the library's output into our checked file, and tells it of failures instead of throwing through

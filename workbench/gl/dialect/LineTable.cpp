@@ -79,4 +79,12 @@ int LineTable::sourceColumn(int number, int driverColumn) const {
     return driverColumn == column ? static_cast<int>(text.size()) + 1 : 0;
 }
 
+std::string LineTable::inSourceWords(std::string_view message) const {
+    std::string text(message);
+    for (const RenamedWord& word : renamed)
+        for (std::size_t at = 0; (at = text.find(word.to, at)) != std::string::npos; at += word.from.size())
+            text.replace(at, word.to.size(), word.from);
+    return text;
+}
+
 } // namespace workbench

@@ -53,6 +53,9 @@ public:
     /// there is no such column, which happens behind macros of the text's own.
     [[nodiscard]] int sourceColumn(int number, int driverColumn) const;
 
+    /// A driver's message with the text's own words in place of those that the driver saw.
+    [[nodiscard]] std::string inSourceWords(std::string_view message) const;
+
 private:
     std::vector<std::string> lines;
     std::vector<TextRegion> regions;

@@ -129,7 +129,7 @@ RawEntry readLine(std::string_view line) {
 LogEntry located(const RawEntry& raw, const LineTable& table) {
     LogEntry entry;
     entry.severity = raw.severity;
-    entry.message = raw.message;
+    entry.message = table.inSourceWords(raw.message);
     // What is missing at the end of a text is reported behind its last line.
     const int line = raw.line == table.lineCount() + 1 ? table.lineCount() : raw.line;
     if (const auto place = table.place(line)) {

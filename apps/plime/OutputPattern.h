@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: Apache-2.0
+// One -o for many pictures.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace workbench {
+
+/// The name of an output with placeholders for the input's: {stem}, its file name without folder and
+/// extension, and {ext}, its extension without the point. A word of letters in braces that is neither is
+/// refused; all other braces stand for themselves, those of the input's name too.
+class OutputPattern {
+public:
+    /// Throws Failure(Usage) for an unknown placeholder, naming the known ones.
+    explicit OutputPattern(std::string pattern);
+
+    [[nodiscard]] bool hasPlaceholder() const noexcept { return takesStem || takesExtension; }
+    /// Whether the format of the output may differ from input to input.
+    [[nodiscard]] bool hasExtension() const noexcept { return takesExtension; }
+    /// As it was typed.
+    [[nodiscard]] const std::string& name() const noexcept { return text; }
+    /// The output of that input.
+    [[nodiscard]] std::string outputFor(const std::string& input) const;
+
+private:
+    std::string text;
+    bool takesStem = false, takesExtension = false;
+};
+
+/// A picture and where it goes.
+struct PictureJob {
+    std::string input, output;
+};
+
+/// Pairs every input with its output. Throws Failure(Usage), naming two of the files, when two inputs lead to
+/// one output, and when the output of a pattern or of several inputs is one of the inputs.
+[[nodiscard]] std::vector<PictureJob> planOutputs(const std::vector<std::string>& inputs,
+                                                  const OutputPattern& pattern);
+
+} // namespace workbench

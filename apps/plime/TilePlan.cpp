@@ -1,0 +1,103 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "apps/plime/TilePlan.h"
+
+#include "workbench/report/Failure.h"
+
+#include "host/rendering/RGBAHalf.h"
+
+#include <algorithm>
+
+namespace workbench {
+namespace {
+
+constexpr int SmallestShrunkTile = 64;
+constexpr std::uint64_t Megabyte = 1U << 20U;
+
+/// What is held at once: a band of rows before and after the work, with additional channels, and a tile on
+/// its way through the driver.
+std::uint64_t bytesOf(const TilingTask& task, std::uint64_t rows, std::uint64_t tilePixels) {
+    const auto width = static_cast<std::uint64_t>(task.width);
+    return width * rows * (2 * sizeof(krod::RGBAHalf) + task.extraBytes) +
+           tilePixels * 2 * sizeof(krod::RGBAHalf);
+}
+
+std::uint64_t cutBytes(const TilingTask& task, int side) {
+    const auto wide = static_cast<std::uint64_t>(std::min(side, task.width));
+    const auto high = static_cast<std::uint64_t>(std::min(side, task.height));
+    return bytesOf(task, high, wide * high);
+}
+
+[[noreturn]] void refuseMemory(const TilingTask& task, std::uint64_t needed) {
+    const std::string wanted = megabytesText(needed);
+    throw Failure(Fault::Output,
+                  {task.picture,
+                   "needs more memory than is allowed",
+                   "at most " + (task.memory < Megabyte ? std::to_string(task.memory) + " bytes"
+                                                        : std::to_string(task.memory / Megabyte) + 'M'),
+                   wanted,
+                   "Allow it with --memory " + wanted,
+                   {}});
+}
+
+} // namespace
+
+std::uint64_t bytesForWhole(const TilingTask& task) {
+    return bytesOf(task, static_cast<std::uint64_t>(task.height), 0);
+}
+
+std::string megabytesText(std::uint64_t bytes) {
+    return std::to_string((bytes + Megabyte - 1) / Megabyte) + 'M';
+}
+
+TilePlan::TilePlan(const TilingTask& task, const TilingWish& wish)
+    : across(whole(task.width)), down(whole(task.height)) {
+    if (task.shaderSide)
+        cutForShaders(task, wish);
+    else
+        cutIntoStrips(task);
+}
+
+void TilePlan::cutIntoStrips(const TilingTask& task) {
+    int rows = std::min(StripRows, task.height);
+    while (rows > 1 && bytesOf(task, static_cast<std::uint64_t>(rows), 0) > task.memory) rows /= 2;
+    if (const std::uint64_t needed = bytesOf(task, static_cast<std::uint64_t>(rows), 0); needed > task.memory)
+        refuseMemory(task, needed);
+    down = {task.height, (task.height - 1) / rows + 1, rows, false};
+}
+
+void TilePlan::cutForShaders(const TilingTask& task, const TilingWish& wish) {
+    const int limit = std::min(wish.side.value_or(LargestWholeTile), *task.shaderSide);
+    if (task.width <= limit && task.height <= limit && bytesForWhole(task) <= task.memory) return;
+    int side = std::min(limit, LargestCutTile);
+    while (side > SmallestShrunkTile && side / 2 > 2 * wish.overlap.value_or(0) &&
+           cutBytes(task, side) > task.memory)
+        side /= 2;
+    if (cutBytes(task, side) > task.memory) refuseMemory(task, cutBytes(task, side));
+    margin = wish.overlap.value_or(std::min(UsualOverlap, side / 4));
+    if (side <= 2 * std::int64_t{margin})
+        throw Failure(Fault::Usage, {"--overlap",
+                                     "leaves nothing of a tile",
+                                     "less than half of a tile of " + std::to_string(side) + " pixels",
+                                     std::to_string(margin),
+                                     "Choose a larger --tile or a smaller --overlap",
+                                     {}});
+    across = cut(task.width, side, margin);
+    down = cut(task.height, side, margin);
+}
+
+TilePlan::Side TilePlan::cut(int total, int side, int margin) {
+    if (total <= side) return whole(total);
+    const int count = (total - 1) / (side - 2 * margin) + 1;
+    return {total, count, (total - 1) / count + 1 + 2 * margin, true};
+}
+
+TileSpan TilePlan::Side::span(int index, int around) const {
+    const auto edge = [&](int i) {
+        return isEven ? static_cast<int>(std::int64_t{total} * i / count) : std::min(total, i * seen);
+    };
+    const int begin = edge(index), length = edge(index + 1) - begin;
+    if (!isEven) return {begin, length, begin, length};
+    return {begin, length, std::clamp(begin - around, 0, total - seen), seen};
+}
+
+} // namespace workbench

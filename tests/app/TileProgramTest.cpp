@@ -1,0 +1,132 @@
+// SPDX-License-Identifier: Apache-2.0
+// What people read whose own tile program does not compile, on both software drivers.
+#include "tests/app/PictureProgram.h"
+
+namespace {
+
+class PlimeTileProgram : public PictureProgramTest, public testing::WithParamInterface<const char*> {
+protected:
+    [[nodiscard]] Call call(const std::string& code) const {
+        return {Words{"process", input, "-o", at("out.exr"), "--with", "Hollywood/TileProgram", "-p",
+                      "code=" + code},
+                {{"GALLIUM_DRIVER", GetParam()}}};
+    }
+    /// Stores the program in a file; it must be refused with that sentence, and both pictures stay.
+    std::string refusalOf(const std::string& program, const std::string& what) {
+        const std::string file = write("my.frag", program).string();
+        write("out.exr", "an earlier output");
+        expectFailure(6, "Hollywood/TileProgram, parameter \"code\" from " + file + ": " + what + '.',
+                      call('@' + file));
+        const std::string said = run(call('@' + file)).error;
+        return said.substr(said.find('\n') + 1);
+    }
+
+    const std::string refused = "does not compile as a fragment shader";
+    std::string input = picture("in.exr", gradient(8, 8));
+};
+
+INSTANTIATE_TEST_SUITE_P(Drivers, PlimeTileProgram, testing::Values("llvmpipe", "softpipe"),
+                         [](const auto& driver) { return std::string(driver.param); });
+
+TEST_P(PlimeTileProgram, goodProgram_fromAFileWithoutLineEnd_works) {
+    const auto file = write("my.frag", "#version 120\r\nvoid main() { gl_FragColor = vec4(0.25); }");
+    const Result result = run(call('@' + file.string()));
+    EXPECT_EQ(result.code, 0) << result.error;
+    EXPECT_EQ(float(workbench::readPicture(at("out.exr")).pixels.back().a), 0.25F);
+}
+
+TEST_P(PlimeTileProgram, mistakeInTheFirstLine_isShownWithItsNeighbours) {
+    const std::string wanted = "text line 1, column 1: syntax error, unexpected NEW_IDENTIFIER";
+    EXPECT_EQ(refusalOf("unifor sampler2D frame;\nvoid main() {}\n", refused + " — got " + wanted),
+              "  text line 1, column 1: error: syntax error, unexpected NEW_IDENTIFIER\n"
+              "  > 1 | unifor sampler2D frame;\n"
+              "      | ^\n"
+              "    2 | void main() {}\n");
+}
+
+TEST_P(PlimeTileProgram, mistakeInALastLineWithoutLineEnd_isShown) {
+    EXPECT_EQ(
+        refusalOf("void main() {}\n\n  bad bad",
+                  refused + " — got text line 3, column 3: syntax error, unexpected NEW_IDENTIFIER, "
+                            "expecting end of file"),
+        "  text line 3, column 3: error: syntax error, unexpected NEW_IDENTIFIER, expecting end of file\n"
+        "    1 | void main() {}\n"
+        "    2 | \n"
+        "  > 3 |   bad bad\n"
+        "      |   ^\n");
+}
+
+TEST_P(PlimeTileProgram, mistakeBehindDosLineEnds_isShown) {
+    EXPECT_EQ(refusalOf("void main()\r\n{\r\n\tgl_FragColor = oops;\r\n}\r\n",
+                        refused + " — got text line 3, column 17: `oops' undeclared"),
+              "  text line 3, column 17: error: `oops' undeclared\n"
+              "    1 | void main()\n"
+              "    2 | {\n"
+              "  > 3 |     gl_FragColor = oops;\n"
+              "      |                    ^\n"
+              "    4 | }\n");
+}
+
+TEST_P(PlimeTileProgram, driversWords_areTheUsersOwn) {
+    const std::string said =
+        refusalOf("void main() { gl_FragColor = pow(vec4(0.5), true); }\n",
+                  refused + " — got text line 1, column 30: no matching function for call "
+                            "to `pow(vec4, bool)'; candidates are:");
+    expectHas(said, "     vec4 pow(vec4, float)\n");
+    EXPECT_EQ(said.find("krod"), std::string::npos) << said;
+}
+
+TEST_P(PlimeTileProgram, programWithItsOwnVersion_isNumberedAsWritten) {
+    for (const std::string version : {"#version 120\n", "#version 150\n"}) {
+        const std::string said =
+            refusalOf(version + "uniform sampler2D frame;\nvoid main() { gl_FragColor = oops; }\n",
+                      refused + " — got text line 3, column 30: `oops' undeclared");
+        expectHas(said, "  > 3 | void main() { gl_FragColor = oops; }\n");
+    }
+}
+
+TEST_P(PlimeTileProgram, programWithoutMain_doesNotLink) {
+    EXPECT_EQ(refusalOf("vec4 f() { return vec4(1.0); }\n",
+                        "does not link with * Tile Vertex Shader * — got fragment shader lacks `main'"),
+              "  error: fragment shader lacks `main'\n");
+}
+
+TEST_P(PlimeTileProgram, emptyProgram_isCalledEmpty) {
+    EXPECT_EQ(
+        refusalOf("", refused + ", because the program is empty — got syntax error, unexpected end of file"),
+        "  error: syntax error, unexpected end of file\n");
+    const Result result = run(call(""));
+    EXPECT_EQ(result.code, 6);
+    EXPECT_TRUE(result.error.starts_with("plime: error: Hollywood/TileProgram, parameter \"code\": " +
+                                         refused + ", because the program is empty"))
+        << result.error;
+}
+
+TEST_P(PlimeTileProgram, programOnTheCommandLine_isNamedByItsParameter) {
+    const Result result = run(call("void main() { oops; }"));
+    EXPECT_EQ(result.code, 6);
+    EXPECT_TRUE(result.error.starts_with("plime: error: Hollywood/TileProgram, parameter \"code\": " +
+                                         refused + " — got text line 1, column 15: `oops' undeclared.\n"))
+        << result.error;
+}
+
+TEST_P(PlimeTileProgram, fileThatIsNotThere_isAnInputError) {
+    expectFailure(3,
+                  at("none.frag") +
+                      ": cannot be read — expected a text file of at most 16 MiB, got No such file "
+                      "or directory.",
+                  call('@' + at("none.frag")));
+}
+
+TEST_P(PlimeTileProgram, textOfAModule_keepsItsLabel) {
+    Call strict{
+        Words{"process", input, "-o", at("out.exr"), "--strict-glsl", "--with", "Hollywood/PixelBlur"},
+        {{"GALLIUM_DRIVER", GetParam()}}};
+    const Result result = run(strict);
+    EXPECT_EQ(result.code, 6);
+    EXPECT_TRUE(
+        result.error.starts_with("plime: error: Hollywood/PixelBlur, * Tile Fragment Shader *: " + refused))
+        << result.error;
+}
+
+} // namespace
