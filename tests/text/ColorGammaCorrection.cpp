@@ -1,74 +1,47 @@
 // SPDX-License-Identifier: Apache-2.0
 // The texts of Hollywood/ColorGammaCorrection.
-#include "tests/support/Goldens.h"
-#include "tests/support/LoadedPlugin.h"
-#include "tests/support/ParameterPool.h"
-
-#include "host/gl/GLImageTileProcessor.h"
-
-#include <gtest/gtest.h>
-
-#include <stdexcept>
-#include <string>
+#include "TileText.h"
 
 namespace {
 
 using support::ParameterPool;
 
-const support::Goldens Golden(GOLDEN_FOLDER, ACTUAL_FOLDER);
 constexpr const char* Channels[] = {"red", "green", "blue", "alpha"};
 constexpr char Ten[] = " = 10.000000000000002;\n";
 constexpr char One[] = " = 1.0;\n";
 
-class TextOfColorGamma : public testing::Test {
+class TextOfColorGamma : public text::TileText {
 protected:
-    /// What the processor in the output hands to the host now.
-    std::string code() {
-        const auto processor = krod::castStrong<krod::GLImageTileProcessor>(support::processorOf(*module));
-        if (!processor) throw std::runtime_error("the output holds no shader processor");
-        return processor->shaderCode();
-    }
-    std::string updated(const krod::VValuePool& values = {}) {
-        EXPECT_TRUE(support::update(*module, values));
-        return code();
-    }
-    testing::AssertionResult matches(const std::string& name, const std::string& text) {
-        return Golden.match("ColorGammaCorrection/" + name + ".frag", text);
-    }
-
-    support::LoadedPlugin plugin;
-    krod::StrongPtr<krod::VObject> module = plugin.make("Hollywood/ColorGammaCorrection");
-    ParameterPool pool{*module};
+    TextOfColorGamma() : TileText("ColorGammaCorrection") {}
 };
 
 TEST_F(TextOfColorGamma, ColorGammaCorrection_beforeUpdate_passesPicturesThrough) {
-    EXPECT_TRUE(matches("beforeUpdate", code()));
-    EXPECT_EQ(code(), "uniform sampler2D frame;\nvoid main (void)\n{\n"
-                      "vec4 Color = texture2D(frame, gl_TexCoord[0].xy);\n\tgl_FragColor = Color;\n}\n");
+    EXPECT_TRUE(matches("beforeUpdate.frag", code()));
+    EXPECT_EQ(code(), text::PassThrough);
 }
 
 TEST_F(TextOfColorGamma, ColorGammaCorrection_defaults_fourExponentsOfOne) {
-    EXPECT_TRUE(matches("defaults", updated()));
+    EXPECT_TRUE(matches("defaults.frag", updated()));
 }
 
 TEST_F(TextOfColorGamma, ColorGammaCorrection_lowest_exponentsOfATenth) {
     for (const char* channel : Channels) pool.set(channel, "-1");
-    EXPECT_TRUE(matches("lowest", updated(pool)));
+    EXPECT_TRUE(matches("lowest.frag", updated(pool)));
 }
 
 TEST_F(TextOfColorGamma, ColorGammaCorrection_highest_exponentsOfTen) {
     for (const char* channel : Channels) pool.set(channel, "1");
-    EXPECT_TRUE(matches("highest", updated(pool)));
+    EXPECT_TRUE(matches("highest.frag", updated(pool)));
 }
 
 TEST_F(TextOfColorGamma, ColorGammaCorrection_fourValues_goToTheirChannels) {
     pool.set("red", "-1").set("green", "1").set("blue", "0.25").set("alpha", "-0.5");
-    EXPECT_TRUE(matches("fourValues", updated(pool)));
+    EXPECT_TRUE(matches("fourValues.frag", updated(pool)));
 }
 
 TEST_F(TextOfColorGamma, ColorGammaCorrection_valueBeyondItsLimit_isNotClamped) {
     pool.set("green", "2").set("alpha", "-7");
-    EXPECT_TRUE(matches("beyondLimits", updated(pool)));
+    EXPECT_TRUE(matches("beyondLimits.frag", updated(pool)));
 }
 
 TEST_F(TextOfColorGamma, ColorGammaCorrection_C1_eachUnreadableChannel_fallsBackToExponentOfTen) {
@@ -85,7 +58,7 @@ TEST_F(TextOfColorGamma, ColorGammaCorrection_C1_eachUnreadableChannel_fallsBack
 
 TEST_F(TextOfColorGamma, ColorGammaCorrection_C1_allUnreadable_fallBackToExponentsOfTen) {
     for (const char* channel : Channels) pool.makeUnreadable(channel);
-    EXPECT_TRUE(matches("allUnreadable", updated(pool)));
+    EXPECT_TRUE(matches("allUnreadable.frag", updated(pool)));
 }
 
 TEST_F(TextOfColorGamma, ColorGammaCorrection_C1_setAndNeverSet_differFromUnreadable) {
