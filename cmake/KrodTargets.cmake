@@ -1,5 +1,6 @@
 # The three kinds of targets of this repository.
 include(GNUInstallDirs)
+include(${CMAKE_CURRENT_LIST_DIR}/KrodSanitize.cmake)
 
 set(KROD_LIBRARY_FOLDER ${CMAKE_INSTALL_LIBDIR}/krod)
 set(KROD_PLUGIN_FOLDER ${KROD_LIBRARY_FOLDER}/plugins)
@@ -12,7 +13,7 @@ function(krod_host_library name)
     $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}> $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/src>
     $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/krod>)
   target_link_libraries(${name} PRIVATE $<BUILD_INTERFACE:krod_warnings>)
-  target_link_options(${name} PRIVATE -Wl,--no-undefined)
+  target_link_options(${name} PRIVATE ${KROD_NO_UNDEFINED})
   set_target_properties(${name} PROPERTIES INSTALL_RPATH "$ORIGIN")
   install(TARGETS ${name} EXPORT KrodHost LIBRARY DESTINATION ${KROD_LIBRARY_FOLDER})
 endfunction()
@@ -32,11 +33,13 @@ function(krod_plugin target)
   set_target_properties(${target}_units PROPERTIES POSITION_INDEPENDENT_CODE ON)
   target_compile_definitions(${target}_units PRIVATE KROD_PLUGIN_NAME="${PLUGIN_NAME}" KROD_PLUGIN_ENTRY=${entry})
   target_compile_options(${target}_units PRIVATE $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>)
+  # Constants in shader texts are the same on every machine: no product is fused into a sum.
+  target_compile_options(${target}_units PRIVATE -ffp-contract=off)
   target_link_libraries(${target}_units PUBLIC krod_plugin_kit ${PLUGIN_LIBRARIES} PRIVATE krod_warnings)
 
   add_library(${target} MODULE)
   target_link_libraries(${target} PRIVATE ${target}_units)
-  target_link_options(${target} PRIVATE -Wl,--version-script=${map} -Wl,-z,now -Wl,-z,relro -Wl,-z,defs)
+  target_link_options(${target} PRIVATE -Wl,--version-script=${map} -Wl,-z,now -Wl,-z,relro ${KROD_NO_UNDEFINED})
   set_target_properties(${target} PROPERTIES
     PREFIX "" LIBRARY_OUTPUT_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR} LINK_DEPENDS ${map} INSTALL_RPATH "$ORIGIN/..")
   if(NOT PLUGIN_FOR_TESTS)

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Display/Blurred - blurs the picture of its input horizontally, by a kernel that falls off to both sides. (catalogue row 2)
+// Display/Blurred - blurs the picture of its input horizontally, by a kernel that falls off to both sides.
+// (catalogue row 2)
 //     w[i] = (1 - |i - m| 2/n)^p, n = max(3, trunc(width)), m = n / 2 without rest, p = 10^exponent
 // Kept on purpose:
 //   [B1] the initial width 1 lies below its own minimum 3

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-// Display/CMYK - shows the cyan, magenta and yellow parts of its input as red, green and blue. (catalogue row 3)
+// Display/CMYK - shows the cyan, magenta and yellow parts of its input as red, green and blue.
+// (catalogue row 3)
 //     K = min(1 - r, 1 - g, b), W = 1 - K, (C, M, Y) = ((W - r)/W, (W - g)/W, (W - b)/W), per sample
 // Kept on purpose:
 //   [K1] the third term of K is b itself, not 1 - b; pure blue divides by zero, unguarded
 //   [K2] the RGB that the separation would give back is computed and not used; its return line is a comment
-//   [K3] with N > 1 samples the sum of N is divided by N - 1: the picture, alpha included, is too bright by that
+//   [K3] with N > 1 samples the sum of N is divided by N - 1: the picture, alpha included, is too bright by
+//        that
 //   [K4] the flags "glow" and "halo" change nothing
 //   [K5] the renderer asks for 8 samples, whatever "samples" says
 //   [K6] the depth mask goes off and straight back on

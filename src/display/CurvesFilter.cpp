@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-// Display/CurveAdjust - remaps the colour channels of its input through a curve of two segments. (catalogue row 4)
+// Display/CurveAdjust - remaps the colour channels of its input through a curve of two segments.
+// (catalogue row 4)
 //     c -> k1 c below px, c/k1 + d2 from there on; k1 = py/px, d2 = 1 - (py - 1)/(px - 1), per sample
 // Kept on purpose:
-//   [V1] the upper segment has the reciprocal of the lower slope and the intercept of another line: the two do
-//        not meet at (px, py) unless k1 is 1
+//   [V1] the upper segment has the reciprocal of the lower slope and the intercept of another line: the two
+//        meet at (px, py) only where px and py are equal or add up to 1
 //   [V2] "p" is not clamped and no quotient is guarded: px 0 and px 1 divide by zero
 //   [V3] alpha is that of sample 0, not an average
 //   [V4] no blend function is set: the quad is blended with the current one, and there is no "options"

@@ -13,6 +13,7 @@
 //   [H8] the help text lacks a blank after "exponent." and ends in one
 //   [H9] the depth mask stays off
 //   [H10] an unreadable "samples" counts as 8, though it starts at 1
+//   [H11] the renderer is called HDRDeferredRenderer, like those of three other displays
 #include "PowerOfTen.h"
 #include "display/DisplayFrame.h"
 #include "display/ToneMappingHelp.h"
@@ -47,7 +48,7 @@ std::string prefix(const Settings& s) {
 
 class HDRObjectRenderer : public MSDeferredObjectDisplay, public VSink<HDRObjectRenderer, void> {
 public:
-    class HDRDeferredRenderer : public MultiSampleDeferredRenderer {
+    class HDRDeferredRenderer : public MultiSampleDeferredRenderer { // [H11]
     public:
         HDRDeferredRenderer(VGLRenderContext& context, int sampleCount, const Settings& settings)
             : MultiSampleDeferredRenderer(context, sampleCount), settings(settings) {}

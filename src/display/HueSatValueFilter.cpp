@@ -7,7 +7,8 @@
 //   [S3] an unreadable "hue" counts as 1 degree, though it starts at 0
 //   [S4] an unreadable "channels" has all channels off, though they start on
 //   [S5] the file that may replace the body is called HueSatValueFiler.frag
-//   [S6] no case is branched to and no quotient guarded: grey divides 0 by 0 for the hue, black for the saturation too
+//   [S6] no case is branched to and no quotient guarded: grey divides 0 by 0 for the hue, black for the
+//        saturation too
 //   [S7] of red and green both at the maximum, green's formula gives the hue
 //   [S8] a channel that is off takes sample 0's own value, not an average
 //   [S9] alpha is always 1

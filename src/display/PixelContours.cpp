@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
-// Display/PixelContours - sharpens the outlines of its input: an average of the neighbourhood is subtracted from each
-// pixel. (catalogue row 13)
-//     C' = (C - (1 - 10^(-3 strength)) mean) mix(1, L(C) / L(C - ...), luminance), L = the largest colour component
+// Display/PixelContours - sharpens the outlines of its input: an average of the neighbourhood is subtracted
+// from each pixel. (catalogue row 13)
+//     D = C - (1 - 10^(-3 strength)) mean, C' = D mix(1, L(C) / L(D), luminance),
+//     L = the largest colour component
 // Kept on purpose:
 //   [P1] no group, no help text, no description
 //   [P2] an unreadable "strength" counts as 0.5, though it starts at 0
 //   [P3] "width" 0, where it starts, is width 1
-//   [P4] no limit holds here: wider is drawn wider; the weights are not normalised, the shader divides by their sum
+//   [P4] no limit holds here: wider is drawn wider; the weights are not normalised, the shader divides by
+//        their sum
 //   [P5] alpha takes part in average and difference
 //   [P6] every sample repeats the whole neighbourhood of sample 0; only the depth looks at all samples
 //   [P7] the quotient of the luminances is not guarded: black gives 0/0 even at "luminance" 0
@@ -15,6 +17,8 @@
 //   [P10] the output is called FragmentColor; gl_FragColor is not written
 //   [P11] the depth mask stays off
 //   [P12] an unreadable "samples" counts as 8, though it starts at 1
+//   [P13] the weights are products of 1 - |x| s with s = 1 / (R + 1); 1 - |x| / (R + 1) differs in the last
+//        digits
 #include "display/DisplayFrame.h"
 #include "display/Neighbourhood.h"
 
@@ -48,7 +52,7 @@ public:
 
         void render() override {
             display::SceneProgram program(display::neighbourhoodArrays(settings.width),
-                                          ShaderBody); // [P3] [P4]
+                                          ShaderBody); // [P3] [P4] [P13]
             program.bindTextures(scene());
             program.bindSampleCount(scene());
             program.bindValue("strength", settings.strength);

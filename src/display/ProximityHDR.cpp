@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Display/ProximityHDR - tone-maps its input by the brightness of each pixel's surroundings. (catalogue row 14)
+// Display/ProximityHDR - tone-maps its input by the brightness of each pixel's surroundings.
+// (catalogue row 14)
 //     C' = (C F / L(C))^gamma, F = m / (1 + m), m = the largest weighted L in the neighbourhood,
 //     L = the largest colour component / 10^strength; every texel is first multiplied by brightness
 // Kept on purpose:
@@ -17,6 +18,10 @@
 //   [X12] the depth mask stays off
 //   [X13] besides what displays accept, outputs of type double are, of which nothing is read
 //   [X14] an unreadable "samples" counts as 8, though it starts at 1
+//   [X15] creator and sink are those of a double input
+//   [X16] the weights are products of 1 - |x| s with s = 1 / (R + 1); 1 - |x| / (R + 1) differs in the last
+//        digits
+#include "display/AcceptMerge.h"
 #include "display/DisplayFrame.h"
 #include "display/Neighbourhood.h"
 
@@ -24,8 +29,6 @@
 #include "plugin/VSink.h"
 
 #include "ProximityHDR.frag.h"
-
-#include <algorithm>
 
 namespace plime::ProximityHDR {
 namespace {
@@ -44,14 +47,6 @@ struct Settings {
     bool glow = false;
 };
 
-/// Both lists in ascending order of ranking; of equal rankings the first list's entries come first.
-AcceptInfoList merged(AcceptInfoList first, const AcceptInfoList& second) {
-    first.insert(first.end(), second.begin(), second.end());
-    std::stable_sort(first.begin(), first.end(),
-                     [](const AcceptInfo& a, const AcceptInfo& b) { return a.ranking < b.ranking; });
-    return first;
-}
-
 class ProximityHDR : public MSDeferredObjectDisplay, public VSink<double, ProximityHDR> {
 public:
     class MyDeferredRenderer : public MultiSampleDeferredRenderer {
@@ -60,7 +55,8 @@ public:
             : MultiSampleDeferredRenderer(context, sampleCount), settings(settings) {}
 
         void render() override {
-            display::SceneProgram program(display::neighbourhoodArrays(settings.width), ShaderBody); // [X4]
+            display::SceneProgram program(display::neighbourhoodArrays(settings.width),
+                                          ShaderBody); // [X4] [X16]
             program.bindTextures(scene());
             program.bindSampleCount(scene());
             program.bindValue("strength", settings.strength);
@@ -82,8 +78,8 @@ public:
     AcceptInfoList accept(const WeakPtr<VObject>& object) const override { // [X13]
         const StrongPtr<VObject> candidate = object.lock();
         if (!candidate) return {};
-        return merged(MSDeferredObjectDisplay::accept(object),
-                      candidate->slots().getAcceptInfoList(typeid(double)));
+        return display::mergedByRanking(MSDeferredObjectDisplay::accept(object),
+                                        candidate->slots().getAcceptInfoList(typeid(double)));
     }
 
     StrongPtr<MultiSampleDeferredRenderer> createRenderer(VGLRenderContext& context) override {
@@ -108,7 +104,7 @@ private:
 };
 
 KROD_ROW(14)
-const ObjectRegistration<ProximityHDR, double, SlotTypes<bool, int, double, FlagList>>
+const ObjectRegistration<ProximityHDR, double, SlotTypes<bool, int, double, FlagList>> // [X15]
     registration({.category = "Display",
                   .source = "ProximityHDR",
                   .name = "ProximityHDR",

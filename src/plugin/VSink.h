@@ -4,8 +4,9 @@
 
 namespace krod {
 
-/// Marks a module as a sink. Two spellings are in use and mean what they say: VSink<Module, void> takes
-/// objects only, VSink<double, Module> takes outputs of type double too (see the module's accept).
+/// Marks a module as a sink. Two spellings are in use: VSink<Module, void> takes objects only,
+/// VSink<double, Module> has a second input of type double besides. Whether outputs of that type are taken is
+/// for the module's accept to say.
 template <class First, class Second>
 class VSink {
 protected:

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Hollywood/ArcTangens - compresses colour intensities with the arc tangent, on the tile's half pixels. (catalogue row 1)
+// Hollywood/ArcTangens - compresses colour intensities with the arc tangent, on the tile's half pixels.
+// (catalogue row 1)
 //     c -> 2/pi atan(c) of red, green and blue
 // Kept on purpose:
 //   [A1] the creator has the name form: no descriptions

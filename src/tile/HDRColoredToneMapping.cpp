@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Hollywood/HDRColoredToneMapping - compresses intensities from [0, infinity) into [0, 1), one strength per channel.
-// (catalogue row 8)
+// Hollywood/HDRColoredToneMapping - compresses intensities from [0, infinity) into [0, 1), one strength per
+// channel. (catalogue row 8)
 //     c / (c + G) of each channel, G = 10^v, v one per channel
 // Kept on purpose:
 //   [M1] "adustable" and "indepently" are spelt so

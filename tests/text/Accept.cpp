@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-// What of an object the displays with a double input can be attached to.
+// What of an object displays can be attached to, and whose creators have a double input.
 #include "tests/support/LoadedPlugin.h"
 
+#include "display/AcceptMerge.h"
+#include "host/core/VCreatorBase.h"
 #include "host/gl/MSDeferredObjectDisplay.h"
 
 #include <gtest/gtest.h>
@@ -52,6 +54,15 @@ protected:
         return lines;
     }
 
+    /// The second argument of the creator's template.
+    std::string secondInput(const std::string& key) const {
+        const auto creator = plugin.make<krod::VObject>(key)->creator();
+        const krod::VCreatorBase& object = *creator;
+        const std::string type = krod::typenameOf(typeid(object));
+        EXPECT_TRUE(type.starts_with("VCreator<")) << type;
+        return type.substr(type.rfind(',') + 1);
+    }
+
     support::LoadedPlugin plugin;
     const krod::StrongPtr<krod::VObject> values = make<Values>("values"), shape = make<Shape>("shape");
 };
@@ -84,6 +95,28 @@ TEST_F(Accept, ProximityHDR_X13_ofEqualRankings_theObjectItselfComesFirst) {
 TEST_F(Accept, ProximityHDR_X13_objectWithNeither_isNotAccepted) {
     addOutput(*values, "count", 3);
     EXPECT_EQ(accepted("Display/ProximityHDR", values), "");
+}
+
+TEST(AcceptMerge, ProximityHDR_X13_lowerRankings_comeFirstAndTiesKeepTheirOrder) {
+    std::string outputs;
+    for (const krod::AcceptInfo& info : plime::display::mergedByRanking(
+             {{"a", "", 0}, {"b", "", 2}}, {{"c", "", 1}, {"d", "", 2}, {"e", "", -1}}))
+        outputs += info.output;
+    EXPECT_EQ(outputs, "eacbd");
+}
+
+TEST_F(Accept, BlurredObject_B10_creator_hasADoubleInput) {
+    EXPECT_EQ(secondInput("Display/Blurred"), "double>");
+}
+
+TEST_F(Accept, ProximityHDR_X15_creator_hasADoubleInput) {
+    EXPECT_EQ(secondInput("Display/ProximityHDR"), "double>");
+}
+
+TEST_F(Accept, everyOtherDisplay_hasACreatorWithoutSecondInput) {
+    for (const char* key : {"Display/CMYK", "Display/CurveAdjust", "Display/Depth@DisplayDepth",
+                            "Display/Depth@HDRObjectDisplay", "Display/HSVAdjust", "Display/PixelContours"})
+        EXPECT_EQ(secondInput(key), "void>") << key;
 }
 
 TEST_F(Accept, BlurredObject_B10_outputsOfTypeDouble_areNotAccepted) {

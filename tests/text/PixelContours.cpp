@@ -115,4 +115,9 @@ TEST_F(TextOfContours, PixelContours_P12_unreadableSamples_countAsEightThoughThe
     EXPECT_EQ(requestedSamples(pool.makeUnreadable("samples")), 8);
 }
 
+/// 1 - 3/5 would be 0.4 and its product with 1 - 3/5 0.16.
+TEST_F(TextOfContours, PixelContours_P13_weights_areMultiplesOfOneStep) {
+    EXPECT_TRUE(contains(prefix(pool.set("width", "4")), "\n0.07999999999999996, 0.15999999999999992, "));
+}
+
 } // namespace

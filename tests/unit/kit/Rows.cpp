@@ -35,10 +35,9 @@ TEST(Row, texts_goIntoTheirOwnFields) {
     EXPECT_EQ(VCreatorPropertyBase::keyname(record, "/"), "c/n");
 }
 
-TEST(Sink, bothSpellings_areTypesOfTheirOwn) {
+TEST(Sink, bothSpellings_addNothingToAModule) {
     struct A : VSink<A, void> {};
     struct B : VSink<double, B> {};
-    EXPECT_FALSE((std::is_same_v<VSink<A, void>, VSink<double, A>>));
     EXPECT_TRUE(std::is_empty_v<A> && std::is_empty_v<B>);
 }
 
