@@ -49,6 +49,7 @@ TEST(LineTable, Columns_of_the_preprocessed_line_lead_back) {
     EXPECT_EQ(table.sourceColumn(1, 14), 10) << "the parenthesis behind krod_pow";
     EXPECT_EQ(table.sourceColumn(1, 20), 27) << "the sum behind comment and blanks";
     EXPECT_EQ(table.sourceColumn(1, 99), 0);
+    EXPECT_EQ(table.sourceColumn(1, -1), 0);
     EXPECT_EQ(table.sourceColumn(2, 1), 1) << "the end of the text";
 }
 

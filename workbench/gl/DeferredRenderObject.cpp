@@ -9,7 +9,7 @@
 
 namespace krod {
 
-DeferredRenderObject::DeferredRenderer::DeferredRenderer(VGLRenderContext&) noexcept {}
+DeferredRenderObject::DeferredRenderer::DeferredRenderer(VGLRenderContext&) {}
 DeferredRenderObject::DeferredRenderer::~DeferredRenderer() = default;
 
 void DeferredRenderObject::DeferredRenderer::glRenderFullScreen(double depth) {
@@ -21,7 +21,7 @@ void DeferredRenderObject::DeferredRenderer::glRenderFullScreen(double depth) {
 DeferredRenderObject::~DeferredRenderObject() = default;
 
 MSDeferredRenderObject::MultiSampleDeferredRenderer::MultiSampleDeferredRenderer(VGLRenderContext& context,
-                                                                                 int sampleCount) noexcept
+                                                                                 int sampleCount)
     : DeferredRenderer(context), requested(sampleCount) {}
 MSDeferredRenderObject::MultiSampleDeferredRenderer::~MultiSampleDeferredRenderer() = default;
 

@@ -6,6 +6,7 @@
 #include "workbench/gl/Quad.h"
 #include "workbench/gl/RenderSession.h"
 #include "workbench/gl/RenderTarget.h"
+#include "workbench/gl/ShaderGuard.h"
 #include "workbench/gl/StateGuard.h"
 #include "workbench/report/Failure.h"
 
@@ -22,7 +23,6 @@ namespace {
 
 constexpr char VertexText[] =
     "void main(void)\n{\n\tgl_TexCoord[0] = gl_MultiTexCoord0;\n\tgl_Position = ftransform();\n}";
-constexpr char VertexLabel[] = "* Tile Vertex Shader *";
 constexpr char FragmentLabel[] = "* Tile Fragment Shader *";
 constexpr char Who[] = "image tile";
 
@@ -62,11 +62,7 @@ void GLImageTileProcessor::process(const VRenderContext&, ImageTile& tile) {
 }
 
 StrongPtr<GLTexture2D> GLImageTileProcessor::createFrameTexture(int width, int height) {
-    if (!lastFrame || !lastFrame->usable() || lastFrame->width() != width || lastFrame->height() != height) {
-        lastFrame.reset();
-        lastFrame = StrongPtr<GLTexture2D>(new GLTexture2D(width, height));
-    }
-    return lastFrame;
+    return workbench::RenderSession::require(Who).tileTexture(width, height);
 }
 
 /// The text to draw with: what shaderCode() returns, unless it does not compile and the session wants the
@@ -76,7 +72,7 @@ std::string GLImageTileProcessor::programText() {
     const auto* const session = workbench::RenderSession::current();
     if (!session || !session->options().keepLastGoodProgram) return text;
     try {
-        const GLProgram program(VertexText, text, VertexLabel, FragmentLabel);
+        const GLProgram program(VertexText, text, workbench::TileVertexLabel, FragmentLabel);
         lastGood = text;
         lastRefused.clear();
     } catch (const workbench::Failure& failure) {
@@ -88,7 +84,7 @@ std::string GLImageTileProcessor::programText() {
 }
 
 void GLImageTileProcessor::renderFrameTexture(GLTexture2D& frame) {
-    GLProgram program(VertexText, programText(), VertexLabel, FragmentLabel);
+    GLProgram program(VertexText, programText(), workbench::TileVertexLabel, FragmentLabel);
     program.use();
     program.setUniformValuei("frame", 0, program.reportsMissingUniforms());
     glActiveTexture(GL_TEXTURE0);

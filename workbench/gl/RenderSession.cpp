@@ -6,6 +6,8 @@
 #include "workbench/platform/EglContext.h"
 #include "workbench/report/Failure.h"
 
+#include "host/gl/GLTexture2D.h"
+
 #include <atomic>
 #include <utility>
 
@@ -38,6 +40,7 @@ struct RenderSession::State {
     std::uint64_t number = nextNumber();
     TargetPool targets;
     ProgramCache programs;
+    krod::StrongPtr<krod::GLTexture2D> tileTexture;
 };
 
 RenderSession::RenderSession(const SessionOptions& options)
@@ -51,6 +54,7 @@ RenderSession::~RenderSession() {
         state->context.makeCurrent();
     } catch (const Failure&) { // a context that cannot be entered is gone, and its names with it
     }
+    state->tileTexture.reset(); // asks for the current session, which is complete only here
     state.reset();
     currentSession = nullptr;
     if (before == nullptr || before == this) return;
@@ -83,5 +87,12 @@ std::string RenderSession::driver() const { return driverText(properties()); }
 std::uint64_t RenderSession::number() const noexcept { return state->number; }
 TargetPool& RenderSession::targets() noexcept { return state->targets; }
 ProgramCache& RenderSession::programs() noexcept { return state->programs; }
+
+krod::StrongPtr<krod::GLTexture2D> RenderSession::tileTexture(int width, int height) {
+    auto& kept = state->tileTexture;
+    if (kept && kept->width() == width && kept->height() == height) return kept;
+    kept.reset();
+    return kept = krod::StrongPtr<krod::GLTexture2D>(new krod::GLTexture2D(width, height));
+}
 
 } // namespace workbench

@@ -5,11 +5,16 @@
 #include "workbench/platform/GpuChoice.h"
 
 #include "host/Export.h"
+#include "host/memory/StrongPtr.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
+
+namespace krod {
+class GLTexture2D;
+}
 
 namespace workbench {
 
@@ -56,6 +61,9 @@ public:
 
     [[nodiscard]] TargetPool& targets() noexcept;
     [[nodiscard]] ProgramCache& programs() noexcept;
+    /// The texture that image tiles are uploaded to, kept from tile to tile and from processor to processor;
+    /// made anew for another size. Throws krod::GLError.
+    [[nodiscard]] krod::StrongPtr<krod::GLTexture2D> tileTexture(int width, int height);
 
 private:
     struct State;

@@ -14,7 +14,7 @@ public:
     class KROD_API DeferredRenderer : public ReferenceBase {
     public:
         /// [host] Made by a factory, once per frame.
-        explicit DeferredRenderer(VGLRenderContext& context) noexcept;
+        explicit DeferredRenderer(VGLRenderContext& context);
         ~DeferredRenderer() override;
         /// [host, gl] Draws onto the current frame. Throws GLError and what GLProgram throws.
         virtual void render() = 0;

@@ -20,8 +20,8 @@ public:
     /// [host, gl · borrows] Uploads, draws, reads back. Throws when the shader does not compile; the tile is
     /// unchanged then.
     void process(const VRenderContext& context, ImageTile& tile) override;
-    /// [host, gl · shares] The texture that a tile of that size is uploaded to; kept and used again for the
-    /// next one.
+    /// [host, gl · shares] The texture that a tile of that size is uploaded to; the host keeps it for the
+    /// next one, also of another processor.
     virtual StrongPtr<GLTexture2D> createFrameTexture(int width, int height);
     /// [host, gl · borrows] Draws one quad with the texture through the shader into the current framebuffer.
     /// A host that goes on running may have the last good program draw in place of one that does not compile.
@@ -32,7 +32,6 @@ public:
 private:
     std::string programText();
 
-    StrongPtr<GLTexture2D> lastFrame;
     std::string lastGood, lastRefused; // texts; only where the host keeps the last good program
 };
 

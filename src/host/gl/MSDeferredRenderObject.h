@@ -21,7 +21,7 @@ public:
     class KROD_API MultiSampleDeferredRenderer : public DeferredRenderer {
     public:
         /// [host] Asks for a target of that many samples.
-        MultiSampleDeferredRenderer(VGLRenderContext& context, int sampleCount) noexcept;
+        MultiSampleDeferredRenderer(VGLRenderContext& context, int sampleCount);
         ~MultiSampleDeferredRenderer() override;
 
         /// [host] The samples that the renderer asked for.

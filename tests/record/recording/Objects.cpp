@@ -19,7 +19,7 @@ VGLRenderObject::VGLRenderObject(const std::string& name, int,
 VGLRenderObject::~VGLRenderObject() = default;
 void VGLRenderObject::render(VRenderContext& context) { draw(dynamic_cast<VGLRenderContext&>(context)); }
 
-DeferredRenderObject::DeferredRenderer::DeferredRenderer(VGLRenderContext&) noexcept {}
+DeferredRenderObject::DeferredRenderer::DeferredRenderer(VGLRenderContext&) {}
 DeferredRenderObject::DeferredRenderer::~DeferredRenderer() = default;
 void DeferredRenderObject::DeferredRenderer::glRenderFullScreen(double depth) {
     host().calls.add("glRenderFullScreen(" + VValueTrait<double>::Text(depth) + ")");
@@ -27,7 +27,7 @@ void DeferredRenderObject::DeferredRenderer::glRenderFullScreen(double depth) {
 DeferredRenderObject::~DeferredRenderObject() = default;
 
 MSDeferredRenderObject::MultiSampleDeferredRenderer::MultiSampleDeferredRenderer(VGLRenderContext& context,
-                                                                                 int sampleCount) noexcept
+                                                                                 int sampleCount)
     : DeferredRenderer(context), requested(sampleCount) {
     host().calls.add("MultiSampleDeferredRenderer made, asks for " + VValueTrait<int>::Text(sampleCount) +
                      " samples");

@@ -56,6 +56,7 @@ std::optional<LineTable::Place> LineTable::place(int number) const {
 }
 
 int LineTable::sourceColumn(int number, int driverColumn) const {
+    if (driverColumn < 1) return 0;
     const std::string_view text = line(number);
     int column = 1;
     for (std::size_t at = 0; at < text.size();) {

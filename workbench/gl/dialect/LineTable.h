@@ -42,6 +42,11 @@ public:
 
     [[nodiscard]] int lineCount() const noexcept { return static_cast<int>(lines.size()); }
 
+    /// How many lines too early Mesa's preprocessor places its messages: unlike the compiler behind it, it
+    /// takes a #line directive below GLSL 3.30 for the number of the next line (measured with 22.3).
+    void setPreprocessorLag(int count) noexcept { lag = count; }
+    [[nodiscard]] int preprocessorLag() const noexcept { return lag; }
+
     /// The line without its end; empty outside of the text.
     [[nodiscard]] std::string_view line(int number) const;
 
@@ -60,6 +65,7 @@ private:
     std::vector<std::string> lines;
     std::vector<TextRegion> regions;
     std::vector<RenamedWord> renamed;
+    int lag = 0;
 };
 
 } // namespace workbench

@@ -18,7 +18,8 @@ struct RawEntry {
     LogSeverity severity = LogSeverity::Note;
     int line = 0;
     int column = 0;
-    std::string_view message;
+    bool ofMesasPreprocessor = false;
+    std::string_view message = {};
 };
 
 /// Reads one line from left to right. Every function leaves the rest untouched if it does not find what it
@@ -74,8 +75,9 @@ std::optional<RawEntry> readMesa(std::string_view line) {
     RawEntry entry;
     int string = 0;
     if (cursor.number(string) && cursor.literal(":") && cursor.number(entry.line) && cursor.literal("(") &&
-        cursor.number(entry.column) && cursor.literal("): ") && cursor.severity(entry.severity) &&
-        cursor.literal(":")) {
+        cursor.number(entry.column) && cursor.literal("): ")) {
+        entry.ofMesasPreprocessor = cursor.remaining().starts_with("preprocessor ");
+        if (!cursor.severity(entry.severity) || !cursor.literal(":")) return std::nullopt;
         entry.message = cursor.remaining(1);
         return entry;
     }
@@ -116,7 +118,7 @@ RawEntry readPlaceless(std::string_view line) {
         entry.message = cursor.remaining(1);
         return entry;
     }
-    return {LogSeverity::Note, 0, 0, line};
+    return {LogSeverity::Note, 0, 0, false, line};
 }
 
 RawEntry readLine(std::string_view line) {
@@ -126,7 +128,8 @@ RawEntry readLine(std::string_view line) {
     return readPlaceless(line);
 }
 
-LogEntry located(const RawEntry& raw, const LineTable& table) {
+LogEntry located(RawEntry raw, const LineTable& table) {
+    if (raw.ofMesasPreprocessor && raw.line < LineTable::FirstAddedLine) raw.line += table.preprocessorLag();
     LogEntry entry;
     entry.severity = raw.severity;
     entry.message = table.inSourceWords(raw.message);

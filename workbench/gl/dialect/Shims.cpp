@@ -90,7 +90,10 @@ AdaptedText adaptText(std::string_view text, ShaderStage stage, bool strict,
         if (!head.ends_with('\n')) front += '\n';
     }
     if (!behindHead.empty()) front += lineDirective(version, LineTable::FirstAddedLine) + behindHead;
-    if (!front.empty()) adapted.strings.push_back(front + lineDirective(version, 1 + lineCountOf(head)));
+    if (!front.empty()) {
+        adapted.strings.push_back(front + lineDirective(version, 1 + lineCountOf(head)));
+        adapted.lines.setPreprocessorLag(version < 330 ? 1 : 0);
+    }
     adapted.strings.emplace_back(body);
     return adapted;
 }

@@ -1,0 +1,169 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "workbench/gl/ShaderGuard.h"
+
+#include "workbench/gl/RenderSession.h"
+#include "workbench/gl/ShaderFiles.h"
+#include "workbench/gl/check/ShaderCheck.h"
+#include "workbench/gl/worker/WorkerProcess.h"
+#include "workbench/platform/EglContext.h"
+#include "workbench/report/Failure.h"
+
+#include "host/core/VActionNotifier.h"
+
+#include <algorithm>
+#include <map>
+#include <mutex>
+#include <system_error>
+#include <utility>
+
+namespace workbench {
+namespace {
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool Sanitized = true;
+#elif defined(__has_feature)
+constexpr bool Sanitized = __has_feature(address_sanitizer) || __has_feature(thread_sanitizer);
+#else
+constexpr bool Sanitized = false;
+#endif
+
+/// Address space of a software driver. Sanitizers reserve more than any limit allows.
+constexpr std::uint64_t MostMemory = Sanitized ? 0 : std::uint64_t{4} << 30;
+constexpr std::uint32_t MostProcessorSeconds = 10;
+
+struct Guard {
+    std::mutex mutex;
+    ShaderGuardSettings settings;
+    std::map<std::string, std::string> verdicts; // by driver and texts: why not; empty for harmless ones
+    bool warned = false;
+};
+
+Guard& guard() {
+    static Guard only;
+    return only;
+}
+
+std::string placeOf(const ShaderObjection& objection, const std::string& text) {
+    if (objection.line == 0) return "the text";
+    const auto file = findShaderFile(text);
+    if (!file) return "text line " + std::to_string(objection.line);
+    const auto begin = text.begin() + static_cast<std::ptrdiff_t>(file->offset);
+    const int before = static_cast<int>(std::count(text.begin(), begin, '\n'));
+    return objection.line > before ? file->path.string() + " line " + std::to_string(objection.line - before)
+                                   : "text line " + std::to_string(objection.line);
+}
+
+void requireNoObjection(const std::string& text, const std::string& label) {
+    const auto objection = objectionTo(text);
+    if (!objection) return;
+    const bool counted = objection->limit != 0 || objection->got != 0;
+    throw Failure(Fault::Shader,
+                  {label,
+                   "is not compiled, because " + placeOf(*objection, text) + ' ' + objection->what,
+                   counted ? "at most " + std::to_string(objection->limit) : "",
+                   counted ? std::to_string(objection->got) : "",
+                   "",
+                   {}});
+}
+
+bool mayComeFromUser(const ProgramTexts& texts) {
+    return texts.vertexLabel == TileVertexLabel || findShaderFile(texts.fragmentText).has_value();
+}
+
+ShaderTrial trialOf(const ProgramTexts& texts, bool strict) {
+    const auto& session = RenderSession::require(texts.fragmentLabel);
+    return {.gpu = session.options().gpu.text(),
+            .strict = strict,
+            .memory = session.properties().software ? MostMemory : 0,
+            .processorSeconds = MostProcessorSeconds,
+            .vertexText = texts.vertexText,
+            .fragmentText = texts.fragmentText};
+}
+
+std::string secondsText(std::chrono::milliseconds time) {
+    return time.count() % 1000 == 0 ? std::to_string(time.count() / 1000) + " s"
+                                    : std::to_string(time.count()) + " ms";
+}
+
+/// What is wrong with the program; empty if nothing is.
+std::string verdictOf(const TrialOutcome& outcome, std::chrono::milliseconds time) {
+    if (outcome.kind == TrialOutcome::Kind::Killed)
+        return "ended the shader compiler (" + outcome.reason + ')';
+    if (outcome.kind == TrialOutcome::Kind::TooLong)
+        return "took longer than " + (outcome.reason.empty() ? secondsText(time) : outcome.reason);
+    return "";
+}
+
+TrialOutcome outcomeOf(const ProgramTexts& texts, bool strict, const ShaderGuardSettings& settings) {
+    try {
+        return tryInWorker(settings.worker, trialOf(texts, strict), settings.time);
+    } catch (const std::system_error& error) {
+        return {TrialOutcome::Kind::NotStarted, error.what()};
+    }
+}
+
+void warnOnce(const std::string& reason) {
+    Guard& all = guard();
+    {
+        const std::lock_guard lock(all.mutex);
+        if (std::exchange(all.warned, true)) return;
+    }
+    krod::VActionNotifier::Warning(
+        "programs of users are compiled without a trial, because the shader worker "
+        "does not work: " +
+        reason);
+}
+
+/// Looks the program up among those that were tried, and tries it if it is not there.
+std::string verdictOn(const ProgramTexts& texts, const std::string& driver, bool strict,
+                      const ShaderGuardSettings& settings) {
+    const std::string key =
+        driver + '\0' + (strict ? 's' : ' ') + texts.vertexText + '\0' + texts.fragmentText;
+    Guard& all = guard();
+    {
+        const std::lock_guard lock(all.mutex);
+        if (const auto known = all.verdicts.find(key); known != all.verdicts.end()) return known->second;
+    }
+    const TrialOutcome outcome = outcomeOf(texts, strict, settings);
+    if (outcome.kind == TrialOutcome::Kind::NotStarted) {
+        warnOnce(outcome.reason);
+        return "";
+    }
+    const std::lock_guard lock(all.mutex);
+    return all.verdicts.emplace(key, verdictOf(outcome, settings.time)).first->second;
+}
+
+} // namespace
+
+void setShaderGuard(ShaderGuardSettings settings) {
+    Guard& all = guard();
+    const std::lock_guard lock(all.mutex);
+    all.settings = std::move(settings);
+    all.verdicts.clear();
+    all.warned = false;
+}
+
+void requireHarmless(const ProgramTexts& texts, const std::string& driver, bool strict) {
+    ShaderGuardSettings settings;
+    {
+        const std::lock_guard lock(guard().mutex);
+        settings = guard().settings;
+    }
+    if (settings.checkTexts) {
+        requireNoObjection(texts.vertexText, texts.vertexLabel);
+        requireNoObjection(texts.fragmentText, texts.fragmentLabel);
+    }
+    if (settings.worker.empty() || !mayComeFromUser(texts)) return;
+    const std::string verdict = verdictOn(texts, driver, strict, settings);
+    if (verdict.empty()) return;
+    const auto file = findShaderFile(texts.fragmentText);
+    throw Failure(Fault::Shader,
+                  {texts.fragmentLabel,
+                   (file ? "with " + file->path.string() + ", its program " : "its program ") + verdict,
+                   "",
+                   "",
+                   "",
+                   {}});
+}
+
+} // namespace workbench

@@ -1,0 +1,112 @@
+// SPDX-License-Identifier: Apache-2.0
+// plime-shader-worker: compiles a program and draws one tile with it, in place of the host. The program comes
+// on standard input, one letter goes to standard output. It is started by the host, not by people.
+#include "workbench/gl/Quad.h"
+#include "workbench/gl/RenderSession.h"
+#include "workbench/gl/ShaderGuard.h"
+#include "workbench/gl/worker/ShaderTrial.h"
+#include "workbench/report/Failure.h"
+
+#include "host/gl/GLImageTileProcessor.h"
+#include "host/gl/GLProgram.h"
+
+#include <epoxy/gl.h>
+
+#include <csignal>
+#include <exception>
+#include <string>
+#include <vector>
+
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+namespace {
+
+using namespace workbench;
+
+/// A tile processor with foreign texts.
+class FirstTile : public krod::GLImageTileProcessor {
+public:
+    explicit FirstTile(const ShaderTrial& trial) : trial(trial) {}
+
+    [[nodiscard]] std::string shaderCode() const override { return trial.fragmentText; }
+
+    void renderFrameTexture(krod::GLTexture2D& frame) override {
+        krod::GLProgram program(trial.vertexText, trial.fragmentText, "vertex shader", "fragment shader");
+        program.use();
+        program.setUniformValuei("frame", 0, false);
+        glActiveTexture(GL_TEXTURE0);
+        glBindTexture(GL_TEXTURE_2D, frame.name());
+        drawFullScreenQuad(0);
+    }
+
+private:
+    const ShaderTrial& trial;
+};
+
+std::vector<char> readRequest() {
+    std::vector<char> bytes;
+    char part[4096];
+    for (ssize_t size = 0; (size = ::read(STDIN_FILENO, part, sizeof part)) > 0;)
+        bytes.insert(bytes.end(), part, part + size);
+    return bytes;
+}
+
+void limit(int what, rlim_t most, rlim_t hard) {
+    const rlimit both{most, hard};
+    ::setrlimit(what, &both);
+}
+
+void limit(int what, rlim_t most) { limit(what, most, most); }
+
+/// The harder the fall of this process, the softer that of the host.
+void acceptLimits(const ShaderTrial& trial) {
+    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    for (const int number : {SIGSEGV, SIGBUS, SIGABRT, SIGFPE, SIGILL})
+        std::signal(number, SIG_DFL); // handlers of sanitizers make exit codes of signals
+    limit(RLIMIT_CORE, 0);
+    limit(RLIMIT_FSIZE, rlim_t{256} << 20); // drivers keep what they have compiled in files
+    if (trial.processorSeconds != 0)        // at the hard limit the system kills without a name for it
+        limit(RLIMIT_CPU, trial.processorSeconds, rlim_t{trial.processorSeconds} + 1);
+    if (trial.memory != 0) limit(RLIMIT_AS, trial.memory);
+}
+
+/// A tile with all values between 0 and 1, so that many paths of the program are taken.
+void drawTile(const ShaderTrial& trial) {
+    constexpr int Side = 16;
+    const krod::StrongPtr<krod::Chunk<krod::RGBAHalf>> store(new krod::Chunk<krod::RGBAHalf>(Side * Side));
+    for (int i = 0; i < Side * Side; ++i) {
+        const float x = static_cast<float>(i % Side) / (Side - 1);
+        const float y = static_cast<float>(i / Side) / (Side - 1);
+        store->data()[i] = {half_float::half(x), half_float::half(y), half_float::half(x * y),
+                            half_float::half(1.0F)};
+    }
+    krod::ImageTile tile(Side, Side, store);
+    const krod::VValuePool pool;
+    FirstTile(trial).process(krod::VRenderContext(pool), tile);
+}
+
+[[noreturn]] void answer(TrialAnswer letter, const std::string& text = "") {
+    const std::string all = static_cast<char>(letter) + text;
+    const bool sent = ::write(STDOUT_FILENO, all.data(), all.size()) == static_cast<ssize_t>(all.size());
+    ::_exit(sent ? 0 : 1); // no destructor of a driver may hold this up
+}
+
+} // namespace
+
+int main() {
+    try {
+        const ShaderTrial trial = unpacked(readRequest());
+        acceptLimits(trial);
+        setShaderGuard({.checkTexts = false}); // the host has checked what it wants checked
+        RenderSession session({.gpu = parseGpuChoice(trial.gpu), .strictGlsl = trial.strict});
+        drawTile(trial);
+        answer(TrialAnswer::Drawn);
+    } catch (const Failure& failure) {
+        answer(failure.fault() == Fault::Shader ? TrialAnswer::Refused : TrialAnswer::NoOpenGL,
+               failure.what());
+    } catch (const std::exception& error) {
+        answer(TrialAnswer::NoOpenGL, error.what());
+    }
+}
