@@ -65,6 +65,9 @@ using Commands = std::vector<std::unique_ptr<Command>>;
 [[nodiscard]] std::unique_ptr<Command> makeShaderCommand();
 [[nodiscard]] std::unique_ptr<Command> makeRenderCommand();
 [[nodiscard]] std::unique_ptr<Command> makeProcessCommand();
+[[nodiscard]] std::unique_ptr<Command> makeRunCommand();
+[[nodiscard]] std::unique_ptr<Command> makeInfoCommand();
+[[nodiscard]] std::unique_ptr<Command> makeValidateCommand();
 [[nodiscard]] std::unique_ptr<Command> makeDoctorCommand();
 [[nodiscard]] std::unique_ptr<Command> makeHelpCommand();
 

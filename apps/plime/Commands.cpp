@@ -10,6 +10,9 @@ Commands makeCommands() {
     commands.push_back(makeShaderCommand());
     commands.push_back(makeRenderCommand());
     commands.push_back(makeProcessCommand());
+    commands.push_back(makeRunCommand());
+    commands.push_back(makeInfoCommand());
+    commands.push_back(makeValidateCommand());
     commands.push_back(makeDoctorCommand());
     commands.push_back(makeHelpCommand());
     return commands;

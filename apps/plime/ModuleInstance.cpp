@@ -90,22 +90,24 @@ ModuleInstance::ModuleInstance(CatalogueEntry entry, const ModuleRequest& reques
 }
 
 void ModuleInstance::set(const std::string& name, const std::string& text, Limits limits) {
-    VParameter& target = parameter(name);
-    const bool isText = dynamic_cast<const TypedValue<std::string>*>(&target.value()) != nullptr;
+    const bool isText = dynamic_cast<const TypedValue<std::string>*>(&parameter(name).value()) != nullptr;
     const bool isFile = isText && text.starts_with('@');
-    const std::string given = isFile ? readTextFile(text.substr(1)) : text;
-    requireKnownFlags(target, given);
+    setText(name, isFile ? readTextFile(text.substr(1)) : text, limits);
+    if (isFile) files.emplace(name, text.substr(1));
+}
+
+void ModuleInstance::setText(const std::string& name, const std::string& text, Limits limits) {
+    VParameter& target = parameter(name);
+    requireKnownFlags(target, text);
     const StrongPtr<VValueBase> value = target.value().clone();
-    if (const krod::TextResult result = value->setFromText(given); !result)
-        refuse(who(), "parameter \"" + name + "\" cannot take this value", result.expected, quoted(given),
-               "");
+    if (const krod::TextResult result = value->setFromText(text); !result)
+        refuse(who(), "parameter \"" + name + "\" cannot take this value", result.expected, quoted(text), "");
     if (const auto greatest = exceededArrayLimit(row.key, name, *value))
         refuse(who(), "parameter \"" + name + "\" would make arrays of more than 2048 elements",
                "at most " + *greatest, value->text(), "");
     if (limits == Limits::Checked) requireWithinLimits(target, *value);
     target.setValue(value);
     files.erase(name);
-    if (isFile) files.emplace(name, text.substr(1));
 }
 
 std::string ModuleInstance::originOf(const std::string& text) const {
@@ -121,6 +123,10 @@ std::string ModuleInstance::originOf(const std::string& text) const {
 void ModuleInstance::unset(const std::string& name) {
     static_cast<void>(parameter(name));
     hidden.push_back(name);
+}
+
+bool ModuleInstance::isUnset(const std::string& name) const {
+    return std::ranges::find(hidden, name) != hidden.end();
 }
 
 void ModuleInstance::hideUnset(krod::VValuePool& pool) const {

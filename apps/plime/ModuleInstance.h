@@ -32,10 +32,16 @@ public:
     /// value; nothing is ever clamped. A flag list replaces the whole list and may hold only flags of the
     /// initial one. After a failure the parameter has its old value.
     void set(const std::string& parameter, const std::string& text, Limits limits);
+    /// The same, but the text is always the value itself, even if it begins with "@".
+    void setText(const std::string& parameter, const std::string& text, Limits limits);
     /// Remembers that a parameter is not to be readable.
     void unset(const std::string& parameter);
     /// Makes the parameters of unset() unreadable in a pool.
     void hideUnset(krod::VValuePool& pool) const;
+    /// Whether unset() was called for the parameter.
+    [[nodiscard]] bool isUnset(const std::string& parameter) const;
+    /// The parameter of that name. Throws Failure(Usage), with a suggestion, when there is none.
+    [[nodiscard]] krod::VParameter& parameter(const std::string& name) const;
     /// Which parameter holds exactly that text, and the file it was read from: 'parameter "code" from a.frag'.
     /// Empty when none does.
     [[nodiscard]] std::string originOf(const std::string& text) const;
@@ -46,7 +52,6 @@ public:
     [[nodiscard]] const krod::StrongPtr<krod::VObject>& reference() const noexcept { return module; }
 
 private:
-    krod::VParameter& parameter(const std::string& name) const;
     void requireKnownFlags(const krod::VParameter& parameter, const std::string& text) const;
     void requireWithinLimits(const krod::VParameter& parameter, const krod::VValueBase& value) const;
     [[nodiscard]] std::string who() const { return row.key; }

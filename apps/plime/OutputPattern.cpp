@@ -31,7 +31,7 @@ std::string_view placeholderAt(std::string_view text) {
 /// The same for every way to write the path of one file.
 std::string identityOf(const std::string& path) {
     std::error_code error;
-    const fs::path real = fs::weakly_canonical(path, error);
+    const fs::path real = fs::weakly_canonical(fs::absolute(path, error), error);
     return error ? fs::absolute(path, error).lexically_normal().string() : real.string();
 }
 
@@ -74,6 +74,10 @@ std::vector<PictureJob> planOutputs(const std::vector<std::string>& inputs, cons
     std::vector<PictureJob> jobs;
     std::map<std::string, std::string> inputNamed; // by what the file really is
     for (const std::string& input : inputs) {
+        if (input.empty())
+            throw Failure(
+                Fault::Usage,
+                {"process", "has an input without a name", "the path of a picture", "\"\"", "", {}});
         jobs.push_back({input, pattern.outputFor(input)});
         inputNamed.emplace(identityOf(input), input);
     }
@@ -82,14 +86,34 @@ std::vector<PictureJob> planOutputs(const std::vector<std::string>& inputs, cons
     for (const auto& [input, output] : jobs) {
         const std::string identity = identityOf(output);
         const auto [first, isNew] = inputOf.emplace(identity, input);
+        if (!isNew && identityOf(first->second) == identityOf(input))
+            throw Failure(Fault::Usage, {input, "is named twice", "every picture once", "", "", {}});
         if (!isNew)
             throw clash(output, "would be written from two pictures, " + first->second + " and " + input,
-                        pattern.name(), "Give every picture a name of its own, like -o out/{stem}.exr");
+                        pattern.name(),
+                        pattern.hasStem()
+                            ? "Process pictures of one name in separate runs, or tell them apart by {ext}"
+                            : "Give every picture a name of its own, like -o out/{stem}.exr");
         if (const auto known = inputNamed.find(identity); known != inputNamed.end())
             throw clash(output, "would be written from " + input + " and is the input " + known->second,
                         pattern.name(), "Choose another folder or name, like -o out/{stem}.exr");
     }
     return jobs;
+}
+
+void requireFolders(const std::vector<PictureJob>& jobs) {
+    for (const PictureJob& job : jobs) {
+        const fs::path folder = fs::path(job.output).parent_path();
+        std::error_code error;
+        if (folder.empty() || fs::is_directory(folder, error)) continue;
+        throw Failure(Fault::Output,
+                      {job.output,
+                       "cannot be written, because the folder " + folder.string() + " does not exist",
+                       "",
+                       "",
+                       "Create it first, or correct the path",
+                       {}});
+    }
 }
 
 } // namespace workbench

@@ -17,6 +17,7 @@ public:
 
     [[nodiscard]] bool hasPlaceholder() const noexcept { return takesStem || takesExtension; }
     /// Whether the format of the output may differ from input to input.
+    [[nodiscard]] bool hasStem() const noexcept { return takesStem; }
     [[nodiscard]] bool hasExtension() const noexcept { return takesExtension; }
     /// As it was typed.
     [[nodiscard]] const std::string& name() const noexcept { return text; }
@@ -33,9 +34,13 @@ struct PictureJob {
     std::string input, output;
 };
 
-/// Pairs every input with its output. Throws Failure(Usage), naming two of the files, when two inputs lead to
-/// one output, and when the output of a pattern or of several inputs is one of the inputs.
+/// Pairs every input with its output. Throws Failure(Usage) for an input without a name, and, naming two of the
+/// files, when two inputs lead to one output, and when the output of a pattern or of several inputs is one of
+/// the inputs.
 [[nodiscard]] std::vector<PictureJob> planOutputs(const std::vector<std::string>& inputs,
                                                   const OutputPattern& pattern);
+
+/// Throws Failure(Output) when a folder that a picture goes to does not exist: once for all pictures.
+void requireFolders(const std::vector<PictureJob>& jobs);
 
 } // namespace workbench

@@ -2,69 +2,56 @@
 #include "apps/plime/PictureDrawing.h"
 
 #include "apps/plime/Interruption.h"
-#include "apps/plime/Progress.h"
 #include "apps/plime/TileJournal.h"
-#include "apps/plime/TilePass.h"
 
 #include <algorithm>
-#include <functional>
 #include <optional>
-#include <vector>
+#include <utility>
 
 namespace workbench {
-namespace {
 
-using Pixels = std::vector<krod::RGBAHalf>;
-using BandSink = std::function<void(const PictureTile& last, const Pixels& pixels)>;
+DrawnPicture::DrawnPicture(const PictureDrawing& drawing, const PictureDescription& description)
+    : PictureReader(drawing.name),
+      drawing(drawing),
+      tiles(planTiles(drawing.setup.width, drawing.setup.height, drawing.setup.tiles)),
+      progress(drawing.name, tiles.size(), "tiles", 1, drawing.quiet) {
+    about = description;
+}
+
+void DrawnPicture::decodeRows(int first, int count, krod::RGBAHalf* out, ExtraRows*) {
+    for (int row = first; row < first + count;) {
+        while (row >= bandEnd) drawNextBand();
+        const int taken = std::min(bandEnd, first + count) - row;
+        const std::ptrdiff_t width = about.width;
+        out = std::copy_n(band.data() + width * (row - bandBegin), width * taken, out);
+        row += taken;
+    }
+}
+
+/// Goes on by a row of tiles.
+void DrawnPicture::drawNextBand() {
+    bandBegin = bandEnd;
+    bandEnd += tiles[done].height;
+    band.resize(static_cast<std::size_t>(about.width) * static_cast<std::size_t>(bandEnd - bandBegin));
+    for (; done < tiles.size() && tiles[done].y < bandEnd; progress.show(++done)) {
+        throwIfInterrupted();
+        const PictureTile& tile = tiles[done];
+        const std::vector<krod::RGBAHalf> part = pixelsOf(done);
+        for (std::ptrdiff_t row = 0; row < tile.height; ++row)
+            std::copy_n(part.data() + row * tile.width, tile.width, band.data() + row * about.width + tile.x);
+    }
+}
 
 /// A kept tile, else one that is drawn and kept.
-Pixels tileOf(std::size_t number, const PictureTile& tile, const PictureDrawing& drawing) {
+std::vector<krod::RGBAHalf> DrawnPicture::pixelsOf(std::size_t number) const {
+    const PictureTile& tile = tiles[number];
     TileJournal* const journal = drawing.journal;
     const std::size_t size = static_cast<std::size_t>(tile.width) * static_cast<std::size_t>(tile.height);
     if (auto kept = journal ? journal->take(number, size) : std::nullopt) return *std::move(kept);
-    Pixels pixels = renderTile(drawing.rendering, drawing.object, drawing.pool, drawing.setup, tile);
+    std::vector<krod::RGBAHalf> pixels =
+        renderTile(drawing.rendering, drawing.object, drawing.pool, drawing.setup, tile);
     if (journal) journal->keep(number, pixels);
     return pixels;
-}
-
-/// Goes through the picture from the top, a row of tiles at a time, and hands over each such band in its whole width
-/// with the last of its tiles.
-void drawBands(const PictureDrawing& drawing, const BandSink& sink) {
-    const FrameSetup& setup = drawing.setup;
-    const auto tiles = planTiles(setup.width, setup.height, setup.tiles);
-    Progress progress(drawing.name, tiles.size(), "tiles", 1, drawing.quiet);
-    const auto width = static_cast<std::size_t>(setup.width);
-    Pixels band;
-    for (std::size_t done = 0; done < tiles.size(); ++done) {
-        throwIfInterrupted();
-        const PictureTile& tile = tiles[done];
-        const Pixels part = tileOf(done, tile, drawing);
-        band.resize(width * static_cast<std::size_t>(tile.height));
-        for (int row = 0; row < tile.height; ++row)
-            std::copy_n(part.data() + static_cast<std::ptrdiff_t>(row) * tile.width, tile.width,
-                        band.data() + static_cast<std::ptrdiff_t>(row) * setup.width + tile.x);
-        if (tile.x + tile.width == setup.width) sink(tile, band);
-        progress.show(done + 1);
-    }
-}
-
-} // namespace
-
-void drawPicture(const PictureDrawing& drawing, PictureOutput& output) {
-    const FrameSetup& setup = drawing.setup;
-    if (drawing.chain.empty()) {
-        drawBands(drawing, [&](const PictureTile& band, const Pixels& pixels) {
-            output.write(band.y, band.height, pixels.data());
-        });
-        return;
-    }
-    Pixels picture;
-    picture.reserve(static_cast<std::size_t>(setup.width) * static_cast<std::size_t>(setup.height));
-    drawBands(drawing, [&](const PictureTile&, const Pixels& pixels) {
-        picture.insert(picture.end(), pixels.begin(), pixels.end());
-    });
-    processRows(drawing.chain, picture, setup.width, setup.height);
-    output.write(0, setup.height, picture.data());
 }
 
 } // namespace workbench

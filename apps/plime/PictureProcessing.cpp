@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "apps/plime/PictureProcessing.h"
 
-#include "apps/plime/Provenance.h"
+#include "apps/plime/Numbers.h"
 #include "apps/plime/TilePass.h"
+#include "apps/plime/ViewOptions.h"
 #include "workbench/platform/EglContext.h"
 
 #include <algorithm>
@@ -16,11 +17,13 @@ std::uint64_t pixelsOf(const PictureDescription& picture) {
     return static_cast<std::uint64_t>(picture.width) * static_cast<std::uint64_t>(picture.height);
 }
 
-/// A module that measures in shares of a tile does something else to a picture that is cut.
+/// A module that works with the place in the tile does something else to a picture that is cut.
 Diagnostic cutWarning(const TilingTask& task, const TilePlan& plan, const std::string& key) {
     const int side = std::max(task.width, task.height);
     std::string advice;
-    if (side <= task.shaderSide.value_or(0)) {
+    if (task.isDrawn) {
+        advice = "\"plime process --tile\" on the finished picture can take more as one tile";
+    } else if (side <= task.shaderSide.value_or(0)) {
         advice = "Keep the picture whole with --tile " + std::to_string(side);
         if (const std::uint64_t needed = bytesForWhole(task); needed > task.memory)
             advice += " and --memory " + megabytesText(needed);
@@ -28,35 +31,68 @@ Diagnostic cutWarning(const TilingTask& task, const TilePlan& plan, const std::s
     return {task.picture,
             "is cut into " + std::to_string(plan.count()) + " tiles of " +
                 sizeText(plan.tileWidth(), plan.tileHeight()) + " pixels, and " + key +
-                " measures in shares of a tile, so it reaches less far than in the whole picture",
+                " works with the place in the tile, so the result differs from that of the whole picture",
             "",
             "",
             std::move(advice),
             {}};
 }
 
+PictureDescription outputDescription(const PictureReader& reader, const Provenance& provenance) {
+    PictureDescription description = reader.description();
+    description.isGrey = false; // channels are processed one by one and may come apart
+    description.setText(NetworkName, provenance.text());
+    return description;
+}
+
 } // namespace
 
-RenderSession& PictureProcessing::rendering() {
-    if (!openGL)
-        openGL.emplace(
-            SessionOptions{.gpu = session.options().gpu, .strictGlsl = session.options().strictGlsl});
-    return *openGL;
+TilingWish tilingFrom(const std::optional<std::string>& tile, const std::optional<std::string>& overlap) {
+    TilingWish tiling;
+    if (tile) tiling.side = wholeNumber("--tile", *tile, 1, LargestSide);
+    if (overlap) tiling.overlap = wholeNumber("--overlap", *overlap, 0, LargestOverlap);
+    const int largest = std::min(tiling.side.value_or(LargestCutTile), LargestCutTile);
+    if (overlap && largest <= 2 * *tiling.overlap) // known before any picture, and the same for all
+        refuseOverlap("--overlap", std::to_string(largest), *tiling.overlap);
+    return tiling;
+}
+
+void tellOfTiles(Session& session, OpenGLOnDemand& openGL, const TileChain& chain, const TilingTask& task,
+                 const TilePlan& plan) {
+    Report& report = session.report();
+    if (!task.shaderSide) {
+        report.note("Working in strips of " + std::to_string(plan.tileHeight()) + " rows.");
+        return;
+    }
+    const std::string size = sizeText(plan.tileWidth(), plan.tileHeight());
+    const std::string driver = openGL.rendering().driver();
+    const ModuleInstance* const dependent = chain.dependentOnTile();
+    if (plan.count() == 1) {
+        report.note("The picture is one tile of " + size + " pixels on " + driver + '.' +
+                    (dependent ? " " + dependent->entry().key + " works with the place in it." : ""));
+        return;
+    }
+    report.note("The picture is cut into " + std::to_string(plan.count()) + " tiles of " + size +
+                " pixels with an overlap of " + std::to_string(plan.overlap()) + ", on " + driver + '.');
+    if (dependent) report.warning(cutWarning(task, plan, dependent->entry().key));
 }
 
 void PictureProcessing::compile() {
     if (!chain.drawsWithOpenGL()) return;
-    static_cast<void>(rendering());
+    static_cast<void>(openGL.rendering());
     chain.compile();
 }
 
-void PictureProcessing::process(const PictureJob& job, const ProgressPart* part) {
+Network PictureProcessing::process(const PictureJob& job, const ProgressPart* part) {
     const auto reader = PictureReader::open(job.input);
     const TilingTask task = taskOf(job.input, *reader);
     const TilePlan plan(task, tiling);
-    tell(task, plan);
+    tellOfTiles(session, openGL, chain, task, plan);
     wish.path = job.output;
-    PictureOutput output(wish, session.options(), outputDescription(job.input, *reader, plan));
+    Provenance made = provenance;
+    made.showPicture(job.input);
+    if (task.shaderSide) made.setTiles(plan.tileWidth(), plan.tileHeight(), plan.overlap());
+    PictureOutput output(wish, session.options(), outputDescription(*reader, made));
 
     const std::uint64_t pixels = pixelsOf(reader->description());
     std::optional<Progress> own;
@@ -75,45 +111,15 @@ void PictureProcessing::process(const PictureJob& job, const ProgressPart* part)
              "",
              "",
              {}});
+    return made.network();
 }
 
 TilingTask PictureProcessing::taskOf(const std::string& input, const PictureReader& reader) {
     const PictureDescription& picture = reader.description();
     TilingTask task{input, picture.width, picture.height, 0, session.options().memory, std::nullopt};
     for (const ExtraChannel& channel : picture.extraChannels) task.extraBytes += channel.bytesPerValue();
-    if (chain.drawsWithOpenGL()) task.shaderSide = rendering().properties().maxTextureSize;
+    if (chain.drawsWithOpenGL()) task.shaderSide = openGL.rendering().properties().maxTextureSize;
     return task;
-}
-
-void PictureProcessing::tell(const TilingTask& task, const TilePlan& plan) {
-    Report& report = session.report();
-    if (!task.shaderSide) {
-        report.note("Working in strips of " + std::to_string(plan.tileHeight()) + " rows.");
-        return;
-    }
-    const std::string size = sizeText(plan.tileWidth(), plan.tileHeight());
-    const std::string driver = rendering().driver();
-    const ModuleInstance* const dependent = chain.dependentOnTile();
-    if (plan.count() == 1) {
-        report.note("The picture is one tile of " + size + " pixels on " + driver + '.' +
-                    (dependent ? " " + dependent->entry().key + " measures in shares of it." : ""));
-        return;
-    }
-    report.note("The picture is cut into " + std::to_string(plan.count()) + " tiles of " + size +
-                " pixels with an overlap of " + std::to_string(plan.overlap()) + ", on " + driver + '.');
-    if (dependent) report.warning(cutWarning(task, plan, dependent->entry().key));
-}
-
-PictureDescription PictureProcessing::outputDescription(const std::string& input, const PictureReader& reader,
-                                                        const TilePlan& plan) const {
-    Provenance provenance;
-    std::string last = provenance.addPicture(input);
-    for (const auto& module : chain.instances()) last = provenance.add(*module, last);
-    provenance.setTiles(plan.tileWidth(), plan.tileHeight(), plan.overlap());
-    PictureDescription description = reader.description();
-    description.isGrey = false; // channels are processed one by one and may come apart
-    description.setText(NetworkName, provenance.text());
-    return description;
 }
 
 } // namespace workbench

@@ -2,17 +2,27 @@
 // Pictures through a chain of tile processors.
 #pragma once
 
+#include "apps/plime/OpenGLOnDemand.h"
 #include "apps/plime/OutputPattern.h"
 #include "apps/plime/PictureOutput.h"
 #include "apps/plime/Progress.h"
+#include "apps/plime/Provenance.h"
 #include "apps/plime/Session.h"
 #include "apps/plime/TileChain.h"
 #include "apps/plime/TilePlan.h"
-#include "workbench/gl/RenderSession.h"
 
 #include <optional>
+#include <string>
 
 namespace workbench {
+
+/// What --tile and --overlap mean for tile processors. Throws Failure(Usage).
+[[nodiscard]] TilingWish tilingFrom(const std::optional<std::string>& tile,
+                                    const std::optional<std::string>& overlap);
+
+/// Says how a picture is cut for a chain, and warns where a module does something else to a picture that is cut.
+void tellOfTiles(Session& session, OpenGLOnDemand& openGL, const TileChain& chain, const TilingTask& task,
+                 const TilePlan& plan);
 
 /// The part of a progress line that one of many pictures fills.
 struct ProgressPart {
@@ -20,32 +30,36 @@ struct ProgressPart {
     std::uint64_t begin, length;
 };
 
-/// Takes one picture after the other through the same modules. The OpenGL session is opened when it is first
-/// needed, and compiled programs stay in it.
+/// Takes one picture after the other through the same modules.
 class PictureProcessing {
 public:
-    /// Everything but the wishes is borrowed; the chain is prepared.
-    PictureProcessing(Session& session, const TileChain& chain, OutputWish wish, TilingWish tiling)
-        : session(session), chain(chain), wish(std::move(wish)), tiling(tiling) {}
+    /// Everything but the wishes and the provenance is borrowed; the chain is prepared. The provenance tells of the
+    /// chain; every picture is added to a copy.
+    PictureProcessing(Session& session, OpenGLOnDemand& openGL, const TileChain& chain, OutputWish wish,
+                      TilingWish tiling, Provenance provenance)
+        : session(session),
+          openGL(openGL),
+          chain(chain),
+          wish(std::move(wish)),
+          tiling(tiling),
+          provenance(std::move(provenance)) {}
 
     /// Opens the OpenGL session and compiles all programs now. Throws Failure(OpenGL) and Failure(Shader).
     void compile();
     /// Reads, processes and writes one picture, and tells how it was cut and what was lost. Progress is shown
-    /// in a line of its own, or in the part. Throws Failure; then nothing is written.
-    void process(const PictureJob& job, const ProgressPart* part = nullptr);
+    /// in a line of its own, or in the part. Throws Failure; then nothing is written. Gives the network that the
+    /// picture is made by, with the paths as they are given.
+    Network process(const PictureJob& job, const ProgressPart* part = nullptr);
 
 private:
-    RenderSession& rendering();
     [[nodiscard]] TilingTask taskOf(const std::string& input, const PictureReader& reader);
-    void tell(const TilingTask& task, const TilePlan& plan);
-    [[nodiscard]] PictureDescription outputDescription(const std::string& input, const PictureReader& reader,
-                                                       const TilePlan& plan) const;
 
     Session& session;
+    OpenGLOnDemand& openGL;
     const TileChain& chain;
     OutputWish wish;
     TilingWish tiling;
-    std::optional<RenderSession> openGL;
+    Provenance provenance;
 };
 
 } // namespace workbench

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // plime process: tile processors over a picture.
 #include "apps/plime/Interruption.h"
-#include "apps/plime/Numbers.h"
 #include "apps/plime/PictureProcessing.h"
 
 #include <new>
@@ -22,7 +21,7 @@ Reads and writes EXR, PNG, TIFF, JPEG and HDR; the name of OUT says which.
   --unchecked       accepts values outside of their limits
   -o, --output OUT  the picture to write: .exr .png .tif .tiff .jpg .jpeg .hdr;
                     {stem} and {ext} in it stand for the name of IN without its
-                    extension, and for the extension
+                    extension, and for the extension; its folder must exist
   -d, --depth D     half, float, uint8 or uint16; else EXR is half, HDR float,
                     and other formats have the depth of IN
   --srgb            encodes the colours for viewing
@@ -30,12 +29,15 @@ Reads and writes EXR, PNG, TIFF, JPEG and HDR; the name of OUT says which.
                     side as one tile; 4096 unless asked otherwise
   --overlap N       what a tile sees of its neighbours, in pixels; 64 unless
                     asked otherwise, less with small tiles
+  --save-network FILE   writes how the picture is made, for "plime run"; with
+                    one IN only
 
 Modules that work without a shader take pictures of any size, strip by strip.
 For shaders, a picture larger than one tile is cut into equal tiles of at most
-2048 pixels a side. Hollywood/PixelBlur measures in shares of a tile: where a
-picture is cut it reaches less far, and says so. Its sharpness s needs an
-overlap of 0.01/s of the tile; with less, the borders of tiles can be seen.
+2048 pixels a side. A shader that works with the place in the tile does something
+else then, and a warning says so. Hollywood/PixelBlur measures in shares of a
+tile; its sharpness s needs an overlap of 0.01/s of the tile, with less the
+borders of tiles can be seen.
 
 With several pictures, OUT must lead each to a file of its own. One that fails
 does not stop the others: its error is told at once, how many failed at the end,
@@ -85,6 +87,7 @@ public:
         wish.addTo(syntax);
         syntax.options.push_back({"--tile", &tile});
         syntax.options.push_back({"--overlap", &overlap});
+        syntax.options.push_back({"--save-network", &network});
         return syntax;
     }
 
@@ -92,9 +95,7 @@ public:
         const OutputPattern pattern(wish.path.value_or(""));
         if (!pattern.hasExtension()) static_cast<void>(wish.requirePath());
         static_cast<void>(wish.writeOptions(session.options()));
-        TilingWish tiling;
-        if (tile) tiling.side = wholeNumber("--tile", *tile, 1, LargestSide);
-        if (overlap) tiling.overlap = wholeNumber("--overlap", *overlap, 0, LargestOverlap);
+        const TilingWish tiling = tilingFrom(tile, overlap);
         if (modules.tiles.empty())
             throw Failure(Fault::Usage, {"process",
                                          "has nothing to do",
@@ -102,21 +103,32 @@ public:
                                          "",
                                          "\"plime list\" shows them under Hollywood",
                                          {}});
+        if (network && inputs.size() > 1)
+            throw Failure(Fault::Usage, {"--save-network",
+                                         "keeps how one picture is made",
+                                         "one IN",
+                                         std::to_string(inputs.size()),
+                                         "Every picture keeps its own; see \"plime info OUT --network\"",
+                                         {}});
         const std::vector<PictureJob> jobs = planOutputs(inputs, pattern);
+        if (jobs.size() > 1) requireFolders(jobs);
         TileChain chain(session.catalogue(), modules.tiles,
                         modules.unchecked ? Limits::Unchecked : Limits::Checked);
         chain.prepare();
-        PictureProcessing processing(session, chain, wish, tiling);
-        if (inputs.size() == 1 && !pattern.hasPlaceholder())
-            processing.process(jobs.front());
-        else
+        Provenance provenance;
+        for (const auto& module : chain.instances()) provenance.addProcessor(*module);
+        OpenGLOnDemand openGL(session.options());
+        PictureProcessing processing(session, openGL, chain, wish, tiling, provenance);
+        if (network || (inputs.size() == 1 && !pattern.hasPlaceholder())) {
+            const NetworkOutput saved(network, jobs.front().output, session.options().noClobber);
+            saved.save(processing.process(jobs.front()));
+        } else {
             processAll(session, processing, jobs, !pattern.hasExtension());
+        }
         return 0;
     }
 
 private:
-    static constexpr int LargestOverlap = 4096;
-
     /// Throws Failure(Partial) when some of the pictures failed.
     static void processAll(Session& session, PictureProcessing& processing,
                            const std::vector<PictureJob>& jobs, bool sameFormat) {
@@ -165,7 +177,7 @@ private:
 
     std::vector<std::string> inputs;
     OutputWish wish;
-    std::optional<std::string> tile, overlap;
+    std::optional<std::string> tile, overlap, network;
     ModuleChain modules;
 };
 

@@ -1,18 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // plime render: a scene through displays into a picture.
-#include "apps/plime/FileStamp.h"
-#include "apps/plime/Help.h"
 #include "apps/plime/Numbers.h"
-#include "apps/plime/PictureDrawing.h"
-#include "apps/plime/PictureOutput.h"
-#include "apps/plime/Provenance.h"
+#include "apps/plime/PictureRendering.h"
 #include "apps/plime/SceneInput.h"
-#include "apps/plime/Session.h"
-#include "apps/plime/TileJournal.h"
-#include "apps/plime/TilePass.h"
-#include "apps/plime/ViewOptions.h"
-#include "workbench/gl/RenderSession.h"
-#include "workbench/platform/EglContext.h"
 
 #include "host/gl/MSDeferredObjectDisplay.h"
 
@@ -56,6 +46,7 @@ is shown on a plane, or a generated scene, demo:NAME.
                       their neighbours; 64 unless asked otherwise
   --resume            takes the tiles that an interrupted run of this command
                       has left in OUT.parts; without it all are drawn anew
+  --save-network FILE   writes how the picture is made, for "plime run"
   --list-demos        lists the generated scenes
 
 Points add up, and intensities far above 1 are kept: write .exr, or add --srgb.
@@ -82,6 +73,7 @@ public:
         syntax.options.push_back({"--point-size", &pointSize});
         syntax.options.push_back({"--list-demos", &listDemos});
         syntax.options.push_back({"--resume", &resume});
+        syntax.options.push_back({"--save-network", &network});
         return syntax;
     }
 
@@ -175,105 +167,23 @@ private:
 
     void draw(Session& session, const ModuleInstance& scene, const Displays& displays,
               const TileChain& chain) const {
-        const ModuleInstance& top = displays.empty() ? scene : *displays.back();
-        auto& object = dynamic_cast<krod::RenderAble&>(top.object());
-        const krod::BoundingSphere bounds = object.bounds();
-        warnOfNothingToDraw(session.report(), scene, *input, bounds);
-        const FrameSetup setup = view.frameOf(bounds);
-        const auto tiles = planTiles(setup.width, setup.height, setup.tiles);
-        const auto heldRows = static_cast<std::uint64_t>(chain.empty() ? tiles.front().height : setup.height);
-        requireMemory(*wish.path, heldRows * static_cast<std::uint64_t>(setup.width),
-                      session.options().memory);
-        RenderSession rendering({.gpu = session.options().gpu, .strictGlsl = session.options().strictGlsl});
-        session.report().note("Drawing on " + rendering.driver() + ".");
-        if (tiles.size() > 1) session.report().note("Drawing in " + std::to_string(tiles.size()) + " tiles.");
-        if (chain.drawsWithOpenGL())
-            requireOneTile("the picture", setup.width, setup.height, rendering.properties().maxTextureSize);
-
-        const PictureDescription description = describe(scene, displays, chain, setup);
-        PictureOutput output(wish, session.options(), description);
-        PictureDrawing drawing{rendering, object, pool, setup, chain, *wish.path, session.options().quiet};
-        if (tiles.size() == 1) {
-            drawPicture(drawing, output);
-            output.finish(session.report());
-        } else {
-            drawKeepingTiles(session.report(), drawing, output,
-                             jobText(session, rendering, scene, displays, description));
+        const NetworkOutput saved(network, *wish.path, session.options().noClobber);
+        Provenance provenance;
+        RenderTask task{scene, *input, {}, chain, pool, view, wish, resume};
+        std::string last = provenance.add(scene);
+        for (const auto& display : displays) {
+            last = provenance.add(*display, last);
+            task.displays.push_back(display.get());
         }
+        provenance.show(last);
+        for (const auto& module : chain.instances()) provenance.addProcessor(*module);
+        OpenGLOnDemand openGL(session.options());
+        renderToFile(session, openGL, task, provenance);
+        saved.save(provenance.network());
         session.noteShaderFiles();
     }
 
-    /// Everything that decides the pixels of the tiles, as a text. Files that the input itself refers to, such
-    /// as the textures of a model, are not in it.
-    [[nodiscard]] std::string jobText(const Session& session, const RenderSession& rendering,
-                                      const ModuleInstance& scene, const Displays& displays,
-                                      const PictureDescription& description) const {
-        std::string text = versionText() + description.find(NetworkName)->text + '\n' + rendering.driver() +
-                           (session.options().strictGlsl ? " strict\n" : "\n") +
-                           shaderFileStamps(session.shaderFolders());
-        if (const auto file = scene.object().slots().input("file")) text += fileStamp(file->value().text());
-        const auto addPlugin = [&](const CatalogueEntry& entry) {
-            text += entry.plugin.value_or("") + '\n' + (entry.path ? fileStamp(*entry.path) : "");
-        };
-        addPlugin(scene.entry());
-        for (const auto& display : displays) addPlugin(display->entry());
-        for (const ModuleRequest& request : modules.displays) {
-            text += request.key;
-            for (const std::string& name : request.unset) text += " without " + name;
-            text += '\n';
-        }
-        return text;
-    }
-
-    /// Draws the picture and keeps finished tiles until it is complete. A failure says how to go on, if there
-    /// is anything to take.
-    void drawKeepingTiles(Report& report, PictureDrawing& drawing, PictureOutput& output,
-                          const std::string& job) const {
-        TileJournal journal(*wish.path, job, resume);
-        drawing.journal = &journal;
-        const std::string parts = journal.folder().string();
-        if (journal.foundAnotherJob())
-            report.warning({parts,
-                            "its tiles are of another drawing: input, parameters, view, driver or program "
-                            "have changed; all tiles are drawn anew",
-                            "",
-                            "",
-                            "",
-                            {}});
-        try {
-            drawPicture(drawing, output);
-            output.finish(report);
-        } catch (const Failure& failure) {
-            if (!journal.holdsTiles()) throw;
-            Diagnostic message = failure.diagnostic();
-            message.details.push_back("Finished tiles are kept in " + parts +
-                                      "; continue with the same command and --resume");
-            throw Failure(failure.fault(), message);
-        }
-        journal.remove();
-        const auto all = planTiles(drawing.setup.width, drawing.setup.height, drawing.setup.tiles).size();
-        if (resume)
-            report.note(std::to_string(journal.takenCount()) + " of " + std::to_string(all) +
-                        " tiles taken from " + parts + '.');
-    }
-
-    [[nodiscard]] PictureDescription describe(const ModuleInstance& scene, const Displays& displays,
-                                              const TileChain& chain, const FrameSetup& setup) const {
-        Provenance provenance;
-        std::string last = provenance.add(scene, "");
-        for (const auto& display : displays) last = provenance.add(*display, last);
-        for (const auto& module : chain.instances()) last = provenance.add(*module, last);
-        provenance.setView(setup);
-        if (!chain.empty()) provenance.setTiles(setup.width, setup.height);
-        PictureDescription description;
-        description.width = setup.width;
-        description.height = setup.height;
-        description.hasAlpha = true;
-        description.setText(NetworkName, provenance.text());
-        return description;
-    }
-
-    std::optional<std::string> input, samples, pointSize;
+    std::optional<std::string> input, samples, pointSize, network;
     OutputWish wish;
     ViewOptions view;
     ModuleChain modules;

@@ -61,7 +61,7 @@ std::unique_ptr<ModuleInstance> makeSceneInput(const Catalogue& catalogue, const
     const CatalogueEntry entry = moduleFor(catalogue, input, classifyInput(input));
     auto module = std::make_unique<ModuleInstance>(entry);
     const auto file = module->object().slots().input("file");
-    file->setValue(krod::makeValue(std::filesystem::absolute(input).string()));
+    file->setValue(krod::makeValue(input));
     return module;
 }
 

@@ -6,6 +6,7 @@
 #include "host/gl/GLImageTileProcessor.h"
 
 #include <algorithm>
+#include <string_view>
 
 namespace workbench {
 namespace {
@@ -39,6 +40,15 @@ const krod::GLImageTileProcessor* shaderOf(const Processor& processor) {
 bool isOffered(const krod::VCreatorBase* creator) {
     const auto offered = InputCreatorRegistry::find(typeid(Processor));
     return std::ranges::any_of(offered, [&](const auto* input) { return &input->creator() == creator; });
+}
+
+/// Whether a program asks where it is in the tile for anything but its own pixel.
+bool asksForPlace(std::string text) {
+    std::erase_if(text, [](char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; });
+    constexpr std::string_view OwnPixel = "texture2D(frame,gl_TexCoord[0].xy)";
+    for (std::size_t at = text.find(OwnPixel); at != std::string::npos; at = text.find(OwnPixel, at))
+        text.erase(at, OwnPixel.size());
+    return text.find("gl_TexCoord") != std::string::npos || text.find("gl_FragCoord") != std::string::npos;
 }
 
 } // namespace
@@ -76,8 +86,15 @@ TileChain::TileChain(const Catalogue& catalogue, const std::vector<ModuleRequest
     for (const ModuleRequest& request : requests) {
         const CatalogueEntry entry = catalogue.one(request.key);
         if (!isOffered(entry.creator)) throw notATileProcessor(entry.key);
-        modules.push_back(std::make_unique<ModuleInstance>(entry, request, limits));
+        modules.push_back(std::make_shared<ModuleInstance>(entry, request, limits));
         modules.back()->hideUnset(pool);
+    }
+}
+
+TileChain::TileChain(Modules made) : modules(std::move(made)) {
+    for (const auto& module : modules) {
+        if (!isOffered(module->entry().creator)) throw notATileProcessor(module->entry().key);
+        module->hideUnset(pool);
     }
 }
 
@@ -93,9 +110,10 @@ void TileChain::prepare() {
 bool TileChain::drawsWithOpenGL() const { return std::ranges::any_of(processors, shaderOf); }
 
 const ModuleInstance* TileChain::dependentOnTile() const {
-    const auto found = std::ranges::find_if(
-        modules, [](const auto& module) { return module->entry().key == "Hollywood/PixelBlur"; });
-    return found == modules.end() ? nullptr : found->get();
+    for (std::size_t i = 0; i < processors.size(); ++i)
+        if (const auto* const shader = shaderOf(processors[i]); shader && asksForPlace(shader->shaderCode()))
+            return modules[i].get();
+    return nullptr;
 }
 
 void TileChain::compile() const {

@@ -35,21 +35,23 @@ private:
 /// The modules of `--with`, made by the input creators that plug-ins offer for tile processors.
 class TileChain {
 public:
+    using Modules = std::vector<std::shared_ptr<ModuleInstance>>;
+
     /// Makes the modules. Throws Failure(Usage) for a module that is no source of tile processors.
     TileChain(const Catalogue& catalogue, const std::vector<ModuleRequest>& requests, Limits limits);
+    /// Takes modules that are made; one may work several times. Throws Failure(Usage) as above.
+    explicit TileChain(Modules modules);
 
     [[nodiscard]] bool empty() const noexcept { return modules.empty(); }
     /// The modules, in the order of their work.
-    [[nodiscard]] const std::vector<std::unique_ptr<ModuleInstance>>& instances() const noexcept {
-        return modules;
-    }
+    [[nodiscard]] const Modules& instances() const noexcept { return modules; }
 
     /// Updates every module and takes its processor. Before the first tile.
     void prepare();
     /// Whether one of the processors draws with OpenGL. After prepare().
     [[nodiscard]] bool drawsWithOpenGL() const;
-    /// The first module that measures in shares of a tile, so that its work depends on the tile's size; null
-    /// when there is none.
+    /// The first module whose shader works with the place in the tile beyond looking up its own pixel, so that
+    /// a picture that is cut comes out differently; null when there is none. After prepare().
     [[nodiscard]] const ModuleInstance* dependentOnTile() const;
     /// Has every processor that draws with OpenGL draw one pixel, so that programs are compiled. Throws as
     /// process().
@@ -61,7 +63,7 @@ public:
 private:
     void process(std::size_t index, krod::ImageTile& tile) const;
 
-    std::vector<std::unique_ptr<ModuleInstance>> modules;
+    Modules modules;
     std::vector<krod::StrongPtr<krod::ImageTileProcessor>> processors;
     krod::VValuePool pool;
 };

@@ -57,7 +57,7 @@ struct Pass {
                 std::copy_n(store->data() + line * columns.seenLength + columns.begin - columns.seenBegin,
                             columns.length, band.data() + std::ptrdiff_t{y} * width + columns.begin);
             }
-            done(static_cast<double>(index * plan.columns() + i + 1) / plan.count());
+            done((index + static_cast<double>(i + 1) / plan.columns()) / plan.rows());
         }
         const ExtraRows extra = window.extra(rows.begin, rows.length);
         output.write(rows.begin, rows.length, band.data(), &extra);
@@ -65,17 +65,6 @@ struct Pass {
 };
 
 } // namespace
-
-void requireOneTile(const std::string& picture, int width, int height, int driverLimit) {
-    if (width <= driverLimit && height <= driverLimit) return;
-    const auto size = [](int w, int h) { return std::to_string(w) + 'x' + std::to_string(h); };
-    throw Failure(Fault::Output, {picture,
-                                  "is larger than one tile, which shader processors need",
-                                  "at most " + size(driverLimit, driverLimit) + " pixels",
-                                  size(width, height),
-                                  "Make the picture smaller, or use \"plime process\" on the finished one",
-                                  {}});
-}
 
 void requireMemory(const std::string& picture, std::uint64_t pixels, std::uint64_t memory) {
     const std::uint64_t needed = pixels * 2 * sizeof(krod::RGBAHalf);
@@ -104,11 +93,6 @@ void processTiles(const TileChain& chain, const TilePlan& plan, PictureReader& r
             pass.bandOfTiles(rows, i);
         done(static_cast<double>(i + 1) / plan.rows());
     }
-}
-
-void processRows(const TileChain& chain, std::vector<krod::RGBAHalf>& pixels, int width, int height) {
-    const Store store = processed(chain, std::move(pixels), width, height);
-    pixels.assign(store->data(), store->data() + store->elements());
 }
 
 } // namespace workbench

@@ -13,15 +13,9 @@
 
 namespace workbench {
 
-/// Throws Failure(Output) when a picture is larger than the largest texture of the driver.
-void requireOneTile(const std::string& picture, int width, int height, int driverLimit);
-
 /// Throws Failure(Output) when a picture needs more than --memory allows: so many pixels are held at once,
 /// each of them twice, before and after.
 void requireMemory(const std::string& picture, std::uint64_t pixels, std::uint64_t memory);
-
-/// Runs the chain over rows of pixels as one tile, in place.
-void processRows(const TileChain& chain, std::vector<krod::RGBAHalf>& pixels, int width, int height);
 
 /// Takes a picture through the chain, tile by tile from the top, in one pass of reading and writing. One band
 /// of tiles is held at a time. `done` is told the share that is finished, from 0 to 1. Throws

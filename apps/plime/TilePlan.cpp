@@ -6,6 +6,7 @@
 #include "host/rendering/RGBAHalf.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace workbench {
 namespace {
@@ -13,19 +14,21 @@ namespace {
 constexpr int SmallestShrunkTile = 64;
 constexpr std::uint64_t Megabyte = 1U << 20U;
 
-/// What is held at once: a band of rows before and after the work, with additional channels, and a tile on
-/// its way through the driver.
+/// What is held at once: a band of rows before and after the work, with additional channels, which are held
+/// twice while the band moves on, and a tile on its way through the driver.
 std::uint64_t bytesOf(const TilingTask& task, std::uint64_t rows, std::uint64_t tilePixels) {
     const auto width = static_cast<std::uint64_t>(task.width);
-    return width * rows * (2 * sizeof(krod::RGBAHalf) + task.extraBytes) +
+    return width * rows * (2 * sizeof(krod::RGBAHalf) + 2 * task.extraBytes) +
            tilePixels * 2 * sizeof(krod::RGBAHalf);
 }
 
-std::uint64_t cutBytes(const TilingTask& task, int side) {
-    const auto wide = static_cast<std::uint64_t>(std::min(side, task.width));
-    const auto high = static_cast<std::uint64_t>(std::min(side, task.height));
+std::uint64_t cutBytes(const TilingTask& task, int width, int height) {
+    const auto wide = static_cast<std::uint64_t>(std::min(width, task.width));
+    const auto high = static_cast<std::uint64_t>(std::min(height, task.height));
     return bytesOf(task, high, wide * high);
 }
+
+std::uint64_t cutBytes(const TilingTask& task, int side) { return cutBytes(task, side, side); }
 
 [[noreturn]] void refuseMemory(const TilingTask& task, std::uint64_t needed) {
     const std::string wanted = megabytesText(needed);
@@ -42,19 +45,32 @@ std::uint64_t cutBytes(const TilingTask& task, int side) {
 } // namespace
 
 std::uint64_t bytesForWhole(const TilingTask& task) {
-    return bytesOf(task, static_cast<std::uint64_t>(task.height), 0);
+    const auto width = static_cast<std::uint64_t>(task.width),
+               height = static_cast<std::uint64_t>(task.height);
+    return bytesOf(task, height, width * height);
 }
 
 std::string megabytesText(std::uint64_t bytes) {
     return std::to_string((bytes + Megabyte - 1) / Megabyte) + 'M';
 }
 
+void refuseOverlap(const std::string& who, const std::string& tile, int margin) {
+    throw Failure(Fault::Usage, {who,
+                                 "leaves nothing of a tile",
+                                 "less than half of a tile of " + tile + " pixels",
+                                 std::to_string(margin),
+                                 "Choose a larger --tile or a smaller --overlap",
+                                 {}});
+}
+
 TilePlan::TilePlan(const TilingTask& task, const TilingWish& wish)
     : across(whole(task.width)), down(whole(task.height)) {
-    if (task.shaderSide)
-        cutForShaders(task, wish);
-    else
+    if (!task.shaderSide)
         cutIntoStrips(task);
+    else if (wish.exact && !wish.side)
+        cutExactly(task, *wish.exact);
+    else
+        cutForShaders(task, wish);
 }
 
 void TilePlan::cutIntoStrips(const TilingTask& task) {
@@ -74,15 +90,29 @@ void TilePlan::cutForShaders(const TilingTask& task, const TilingWish& wish) {
         side /= 2;
     if (cutBytes(task, side) > task.memory) refuseMemory(task, cutBytes(task, side));
     margin = wish.overlap.value_or(std::min(UsualOverlap, side / 4));
-    if (side <= 2 * std::int64_t{margin})
-        throw Failure(Fault::Usage, {"--overlap",
-                                     "leaves nothing of a tile",
-                                     "less than half of a tile of " + std::to_string(side) + " pixels",
-                                     std::to_string(margin),
-                                     "Choose a larger --tile or a smaller --overlap",
-                                     {}});
+    if (side <= 2 * std::int64_t{margin}) refuseOverlap("--overlap", std::to_string(side), margin);
     across = cut(task.width, side, margin);
     down = cut(task.height, side, margin);
+}
+
+void TilePlan::cutExactly(const TilingTask& task, const TilingWish::Exact& tile) {
+    const int most = std::max(tile.width, tile.height);
+    if (most > *task.shaderSide)
+        throw Failure(Fault::Output, {task.picture,
+                                      "is to be cut into larger tiles than the driver can draw",
+                                      "at most " + std::to_string(*task.shaderSide) + " pixels a side",
+                                      std::to_string(most),
+                                      "Choose a smaller --tile",
+                                      {}});
+    const bool isWhole = task.width <= tile.width && task.height <= tile.height;
+    const std::uint64_t needed = isWhole ? bytesForWhole(task) : cutBytes(task, tile.width, tile.height);
+    if (needed > task.memory) refuseMemory(task, needed);
+    for (const auto& [total, side] : {std::pair{task.width, tile.width}, {task.height, tile.height}})
+        if (total > side && side <= 2 * std::int64_t{tile.overlap})
+            refuseOverlap(task.picture + ", the overlap of its tiles", std::to_string(side), tile.overlap);
+    margin = tile.overlap;
+    across = cut(task.width, tile.width, margin);
+    down = cut(task.height, tile.height, margin);
 }
 
 TilePlan::Side TilePlan::cut(int total, int side, int margin) {

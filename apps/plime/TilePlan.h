@@ -21,6 +21,12 @@ inline constexpr int StripRows = 256;
 struct TilingWish {
     std::optional<int> side;    ///< --tile
     std::optional<int> overlap; ///< --overlap
+
+    /// Tiles of exactly this size, as a saved network has them; `side` counts first.
+    struct Exact {
+        int width = 0, height = 0, overlap = 0;
+    };
+    std::optional<Exact> exact = {};
 };
 
 /// What is to be cut, and how much room there is.
@@ -30,10 +36,13 @@ struct TilingTask {
     std::uint64_t extraBytes = 0;  ///< of the additional channels, per pixel
     std::uint64_t memory = 0;      ///< --memory
     std::optional<int> shaderSide; ///< the driver's largest texture; missing: no shader takes part
+    bool isDrawn = false;          ///< it comes from a drawing, not from a file
 };
 
 /// What the whole picture as one tile would need.
 [[nodiscard]] std::uint64_t bytesForWhole(const TilingTask& task);
+/// The failure of an overlap that is not less than half of a tile. Throws Failure(Usage).
+[[noreturn]] void refuseOverlap(const std::string& who, const std::string& tile, int margin);
 /// "12M", rounded up.
 [[nodiscard]] std::string megabytesText(std::uint64_t bytes);
 
@@ -49,13 +58,13 @@ class TilePlan {
 public:
     /// Without a shader: strips of StripRows rows in the whole width, fewer where the memory asks for it.
     /// With one: the picture as one tile while it is no larger than --tile and the driver allow and the
-    /// memory suffices, else tiles of at most LargestCutTile a side. Throws Failure(Usage) for an overlap
+    /// memory suffices, else tiles of at most LargestCutTile a side; exact tiles whatever the picture. Throws Failure(Usage) for an overlap
     /// that leaves nothing of a tile, Failure(Output) when no tile fits into the memory.
     TilePlan(const TilingTask& task, const TilingWish& wish);
 
     [[nodiscard]] int columns() const noexcept { return across.count; }
     [[nodiscard]] int rows() const noexcept { return down.count; }
-    [[nodiscard]] int count() const noexcept { return across.count * down.count; }
+    [[nodiscard]] std::int64_t count() const noexcept { return std::int64_t{across.count} * down.count; }
     /// What the processors see at once, in pixels. The last strip of a plan without a shader may be lower.
     [[nodiscard]] int tileWidth() const noexcept { return across.seen; }
     [[nodiscard]] int tileHeight() const noexcept { return down.seen; }
@@ -76,6 +85,7 @@ private:
     static Side cut(int total, int side, int margin);
     void cutIntoStrips(const TilingTask& task);
     void cutForShaders(const TilingTask& task, const TilingWish& wish);
+    void cutExactly(const TilingTask& task, const TilingWish::Exact& tile);
 
     Side across, down;
     int margin = 0;

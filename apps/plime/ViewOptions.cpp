@@ -7,6 +7,7 @@
 
 #include "host/values/VValueTrait.h"
 
+#include <algorithm>
 #include <vector>
 
 namespace workbench {
@@ -71,7 +72,28 @@ Camera cameraFrom(const std::string& text, const glm::dvec3& up, const krod::Bou
                            point(parts[1], "--camera", expected, text), up, angle, bounds);
 }
 
+glm::dvec3 pointOf(const std::array<double, 3>& p) { return {p[0], p[1], p[2]}; }
+
+/// What a saved view says besides its camera.
+FrameSetup frameOf(const NetworkView& saved) {
+    FrameSetup setup;
+    if (saved.size) {
+        setup.width = (*saved.size)[0];
+        setup.height = (*saved.size)[1];
+    }
+    if (saved.background)
+        std::ranges::transform(*saved.background, setup.background.begin(),
+                               [](double value) { return static_cast<float>(value); });
+    if (saved.tiles) setup.tiles = {saved.tiles->width, saved.tiles->overlap};
+    return setup;
+}
+
 } // namespace
+
+Camera cameraOf(const NetworkView::Camera& saved, const krod::BoundingSphere& bounds) {
+    return Camera::between(pointOf(saved.eye), pointOf(saved.target), pointOf(saved.up), saved.fieldOfView,
+                           bounds);
+}
 
 void ViewOptions::addTo(Syntax& syntax) {
     syntax.options.push_back({"--size", &size});
@@ -83,18 +105,18 @@ void ViewOptions::addTo(Syntax& syntax) {
 }
 
 FrameSetup ViewOptions::frameOf(const krod::BoundingSphere& bounds) const {
-    FrameSetup setup;
+    FrameSetup setup = saved ? workbench::frameOf(*saved) : FrameSetup{};
     if (size) readSize(*size, setup);
-    if (tile) setup.tiles.size = wholeNumber("--tile", *tile, 16, 16384);
-    if (overlap) setup.tiles.overlap = wholeNumber("--overlap", *overlap, 0, 4096);
+    if (tile) setup.tiles.size = wholeNumber("--tile", *tile, SmallestDrawnTile, LargestDrawnTile);
+    if (overlap) setup.tiles.overlap = wholeNumber("--overlap", *overlap, 0, LargestOverlap);
     const double aspect = static_cast<double>(setup.width) / setup.height;
-    setup.camera = Camera::fitted(bounds, aspect);
+    setup.camera = saved && saved->camera ? cameraOf(*saved->camera, bounds) : Camera::fitted(bounds, aspect);
     if (up) setup.camera.up = point(*up, "--up", "X,Y,Z, a direction in world units", *up);
     if (camera)
         setup.camera = cameraFrom(*camera, setup.camera.up, bounds);
     else if (up)
         setup.camera = Camera::between(setup.camera.eye, setup.camera.target, setup.camera.up,
-                                       Camera::DefaultFieldOfView, bounds);
+                                       setup.camera.fieldOfView, bounds);
     if (background) {
         const auto rgba = numbers(*background, 3, 4, "--background", "R,G,B[,A], linear values", *background);
         for (std::size_t i = 0; i < rgba.size(); ++i) setup.background[i] = static_cast<float>(rgba[i]);

@@ -2,11 +2,13 @@
 // plime: image post-processing modules on the command line.
 #include "apps/plime/Help.h"
 #include "apps/plime/Interruption.h"
+#include "apps/plime/PluginSetup.h"
 #include "apps/plime/Session.h"
 #include "workbench/core/ActionListener.h"
 #include "workbench/core/Trace.h"
 #include "workbench/files/OutputFile.h"
 #include "workbench/gl/ShaderFiles.h"
+#include "workbench/gl/ShaderGuard.h"
 
 #include <exception>
 #include <filesystem>
@@ -53,6 +55,7 @@ int perform(const Invocation& invocation, const Commands& commands, Streams& str
             if (std::error_code error; !std::filesystem::is_directory(folder, error))
                 report.warning({folder, "is no folder, so no shader file is taken from it", "", "", "", {}});
         setShaderFolders(session.shaderFolders());
+        setShaderGuard({.worker = executableFolder() / "plime-shader-worker"});
         code = invocation.command->run(session);
         throwIfInterrupted();
     }

@@ -107,6 +107,11 @@ TEST_F(Module_instance, reads_a_text_from_a_file_byte_for_byte) {
                   "got No such file or directory.");
 }
 
+TEST_F(Module_instance, takes_a_text_that_looks_like_a_file_as_it_is) {
+    module.setText("code", "@/etc/hostname", Limits::Checked);
+    EXPECT_EQ(valueOf("code"), "@/etc/hostname");
+}
+
 TEST_F(Module_instance, makes_unset_parameters_unreadable_in_a_pool) {
     module.unset("gain");
     krod::VValuePool pool;

@@ -44,10 +44,13 @@ TEST(Output_pattern, refuses_two_inputs_for_one_output) {
         refusalOf({"a.exr", "b.exr"}, "c.exr"),
         "2 c.exr: would be written from two pictures, a.exr and b.exr — got -o c.exr. Give every picture "
         "a name of its own, like -o out/{stem}.exr.");
-    EXPECT_EQ(
-        refusalOf({"x/a.exr", "y/b.exr", "z/./a.exr"}, "o/{stem}.exr"),
-        "2 o/a.exr: would be written from two pictures, x/a.exr and z/./a.exr — got -o o/{stem}.exr. Give "
-        "every picture a name of its own, like -o out/{stem}.exr.");
+    EXPECT_EQ(refusalOf({"x/a.exr", "y/b.exr", "z/./a.exr"}, "o/{stem}.exr"),
+              "2 o/a.exr: would be written from two pictures, x/a.exr and z/./a.exr — got -o o/{stem}.exr. "
+              "Process pictures of one name in separate runs, or tell them apart by {ext}.");
+    EXPECT_EQ(refusalOf({"a.exr", "b.exr", "./a.exr"}, "o/{stem}.exr"),
+              "2 ./a.exr: is named twice — expected every picture once.");
+    EXPECT_EQ(refusalOf({"a.exr", ""}, "o/{stem}.exr"),
+              "2 process: has an input without a name — expected the path of a picture, got \"\".");
 }
 
 TEST(Output_pattern, refuses_an_output_that_is_an_input) {

@@ -144,11 +144,12 @@ TEST_F(PlimeProcess, network_isKeptWithThePicturesNameAlone) {
         const Picture output = readPicture(at(name));
         const auto* kept = output.description.find(workbench::NetworkName);
         ASSERT_NE(kept, nullptr) << name;
-        EXPECT_EQ(Json::parse(kept->text), Json::parse(R"({"version": 1, "tiles": [20, 300], "objects": [
-                      {"name": "object1", "picture": "in.exr"},
-                      {"name": "object2", "creator": "Hollywood/ColorGammaCorrection", "input": "object1",
+        EXPECT_EQ(Json::parse(kept->text), Json::parse(R"({"version": 1, "objects": [
+                      {"name": "colorgammacorrection", "creator": "Hollywood/ColorGammaCorrection",
                        "parameters": {"red": "-0.5", "green": "0.25"}},
-                      {"name": "object3", "creator": "Hollywood/GammaCorrection", "input": "object2"}]})"));
+                      {"name": "gammacorrection", "creator": "Hollywood/GammaCorrection"}],
+                      "views": [{"name": "main", "picture": "in.exr", "tiles": {"size": [20, 300]},
+                                 "processors": ["colorgammacorrection", "gammacorrection"]}]})"));
         EXPECT_EQ(read(at(name)).find(folder.string()), std::string::npos);
     }
     const std::string bytes = read(at("out.png"));

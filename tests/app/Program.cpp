@@ -138,6 +138,7 @@ Result run(const Call& call) {
         connect(error.write, 2);
         const rlimit limit{call.largestFile, call.largestFile};
         if (call.largestFile > 0) ::setrlimit(RLIMIT_FSIZE, &limit);
+        if (!call.folder.empty() && ::chdir(call.folder.c_str()) != 0) ::_exit(126);
         ::execve(PLIME, arguments.data(), environment.data());
         ::_exit(127);
     }

@@ -152,7 +152,7 @@ TEST_F(PlimeRender, inTiles_equalsTheWholePicture) {
         expectHas(text, "plime: Drawing in 20 tiles.\n");
         const Picture whole = readPicture(at("whole.exr")), tiles = readPicture(at("tiles.exr"));
         EXPECT_GE(shareWithin(8, whole, tiles), 0.999) << demo;
-        EXPECT_EQ(networkOf(tiles)["view"]["tiles"], Json({{"size", 96}, {"overlap", 16}}));
+        EXPECT_EQ(networkOf(tiles)["views"][0]["tiles"], Json({{"size", {96, 96}}, {"overlap", 16}}));
     }
 }
 
@@ -163,12 +163,15 @@ TEST_F(PlimeRender, network_isKeptInExrAndPng_withoutTimePathOrHost) {
         const Json network = networkOf(readPicture(at(name)));
         EXPECT_EQ(network["version"], 1);
         EXPECT_EQ(network["objects"],
-                  Json::parse(R"([{"name": "object1", "creator": "Scene/Model", "source": "ModelFile",
+                  Json::parse(R"([{"name": "model", "creator": "Scene/Model", "source": "ModelFile",
                                    "parameters": {"file": "model.obj"}},
-                                  {"name": "object2", "creator": "Display/CMYK", "input": "object1",
+                                  {"name": "cmyk", "creator": "Display/CMYK", "input": "model",
                                    "source": "CMYKObjectDisplay", "parameters": {"options": "+glow -halo"}}])"));
-        EXPECT_EQ(network["view"]["size"], Json({96, 64}));
-        EXPECT_EQ(network["view"]["fieldOfView"], 30.0);
+        const Json& view = network["views"][0];
+        EXPECT_EQ(view["shows"], "cmyk");
+        EXPECT_EQ(view["size"], Json({96, 64}));
+        EXPECT_EQ(view["camera"]["fieldOfView"], 30.0);
+        EXPECT_FALSE(view.contains("tiles"));
         const std::string bytes = read(at(name));
         EXPECT_EQ(bytes.find(folder.string()), std::string::npos);
         saidOf(model.string(), "again" + name, Separated + Words{"-p", "options=+glow -halo"});

@@ -95,6 +95,14 @@ TEST_F(PlimeResume, withAChain_goesOn) {
     expectWholePicture(chain);
 }
 
+TEST_F(PlimeResume, savedNetwork_goesOnToo) {
+    succeed(drawing("whole.exr", {"--save-network", at("whole.json")}));
+    const std::size_t kept = interruptedAt("tile-5");
+    const Words again = {"run", at("whole.json"), "-o", at("a.exr"), "--gpu", "software", "--resume", "-v"};
+    expectHas(messagesOf(again), takenTiles(kept));
+    expectWholePicture();
+}
+
 TEST_F(PlimeResume, damagedTile_aloneIsDrawnAgain) {
     const std::size_t kept = interruptedAt("tile-5");
     std::string bytes = read(parts + "/tile-2");

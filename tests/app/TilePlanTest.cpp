@@ -100,5 +100,32 @@ TEST(Tile_plan, refuses_an_overlap_that_leaves_nothing) {
     EXPECT_EQ(textOf({shaders(64, 64), {.side = 64, .overlap = 32}}), "1x1 of 64x64 with 0");
 }
 
+TEST(Tile_plan, exact_tiles_of_a_plan_lead_to_the_same_plan) {
+    for (const int side : {64, 100, 128, 1000})
+        for (const int overlap : {0, 10, 31}) {
+            const TilePlan first(shaders(901, 333), {.side = side, .overlap = overlap});
+            const TilingWish exact{.side = {},
+                                   .overlap = {},
+                                   .exact = {{first.tileWidth(), first.tileHeight(), first.overlap()}}};
+            EXPECT_EQ(textOf(TilePlan(shaders(901, 333), exact)), textOf(first));
+        }
+}
+
+TEST(Tile_plan, exact_tiles_that_cannot_be_are_refused) {
+    const auto exact = [](int width, int height, int overlap) {
+        return TilingWish{.side = {}, .overlap = {}, .exact = {{width, height, overlap}}};
+    };
+    EXPECT_EQ(
+        refusalOf(shaders(500, 100), exact(124, 100, 64)),
+        "2 a.exr, the overlap of its tiles: leaves nothing of a tile — expected less than half of a tile of "
+        "124 pixels, got 64. Choose a larger --tile or a smaller --overlap.");
+    EXPECT_EQ(refusalOf(shaders(500, 100), exact(500, 100, 64)), "");
+    EXPECT_EQ(
+        refusalOf(shaders(500, 100), exact(20000, 100, 0)),
+        "4 a.exr: is to be cut into larger tiles than the driver can draw — expected at most 16384 pixels a "
+        "side, got 20000. Choose a smaller --tile.");
+    EXPECT_NE(refusalOf(shaders(5000, 5000, 1U << 20U), exact(5000, 5000, 0)), "");
+}
+
 } // namespace
 } // namespace workbench

@@ -67,6 +67,21 @@ TEST_P(PlimeTileProgram, mistakeBehindDosLineEnds_isShown) {
               "    4 | }\n");
 }
 
+TEST_P(PlimeTileProgram, mistakesOfThePreprocessor_areAtTheirLines) {
+    for (const char* version : {"\n", "#version 120\n"}) {
+        const auto refusedAt = [&](const std::string& program) {
+            const std::string file = write("my.frag", version + program).string();
+            const Result result = run(call('@' + file));
+            EXPECT_EQ(result.code, 6) << result.error;
+            const std::size_t at = result.error.find("> ");
+            return at == std::string::npos ? result.error : result.error.substr(at + 2, 1);
+        };
+        EXPECT_EQ(refusedAt("#error stop here\nvoid main() {}\n"), "2");
+        EXPECT_EQ(refusedAt("void main() {\n\n#nonsense\n}\n"), "4");
+        EXPECT_EQ(refusedAt("void main() {\n#ifdef NEVER\n}\n"), "3");
+    }
+}
+
 TEST_P(PlimeTileProgram, driversWords_areTheUsersOwn) {
     const std::string said =
         refusalOf("void main() { gl_FragColor = pow(vec4(0.5), true); }\n",

@@ -125,31 +125,63 @@ TEST_F(PlimeTiling, blurWithEnoughOverlap_showsNoSeam_andWithoutItDoes) {
 
 TEST_F(PlimeTiling, choice_isSaidInTheLog_andKept) {
     const std::string path = picture("in.exr", gradient(300, 100));
-    const auto keptNetwork = [&] {
-        return Json::parse(readPicture(at("out.exr")).description.find(workbench::NetworkName)->text);
+    const auto keptTiles = [&] {
+        return Json::parse(
+            readPicture(at("out.exr")).description.find(workbench::NetworkName)->text)["views"][0]["tiles"];
     };
     const Words call = {"process", path, "-o", at("out.exr"), "-v", "--gpu", "software"};
     std::string said = messagesOf(call + Blur);
     expectHas(said, "plime: The picture is one tile of 300x100 pixels on ");
-    expectHas(said, " Hollywood/PixelBlur measures in shares of it.\n");
-    EXPECT_EQ(keptNetwork()["tiles"], Json::parse("[300, 100]"));
-    EXPECT_FALSE(keptNetwork().contains("tileOverlap"));
+    expectHas(said, " Hollywood/PixelBlur works with the place in it.\n");
+    EXPECT_EQ(keptTiles(), Json::parse(R"({"size": [300, 100]})"));
 
     said = messagesOf(call + Colours + Words{"--tile", "128", "--overlap", "10"});
     expectHas(said, "plime: The picture is cut into 3 tiles of 120x100 pixels with an overlap of 10, on ");
     EXPECT_EQ(occurrences(said, "warning"), 0U) << said;
-    EXPECT_EQ(keptNetwork()["tiles"], Json::parse("[120, 100]"));
-    EXPECT_EQ(keptNetwork()["tileOverlap"], 10);
+    EXPECT_EQ(keptTiles(), Json::parse(R"({"size": [120, 100], "overlap": 10})"));
 }
 
 TEST_F(PlimeTiling, blurOfACutPicture_isWarnedOf) {
     const std::string path = picture("in.exr", gradient(300, 100));
-    EXPECT_EQ(
-        messagesOf(Words{"process", path, "-o", at("out.exr"), "--tile", "128"} + Colours + Blur),
-        "plime: warning: " + path +
-            ": is cut into 5 tiles of 124x100 pixels, and Hollywood/PixelBlur measures in shares of a tile, "
-            "so it reaches less far than in the whole picture. Keep the picture whole with --tile 300.\n");
+    EXPECT_EQ(messagesOf(Words{"process", path, "-o", at("out.exr"), "--tile", "128"} + Colours + Blur),
+              "plime: warning: " + path +
+                  ": is cut into 5 tiles of 124x100 pixels, and Hollywood/PixelBlur works with the place in "
+                  "the tile, "
+                  "so the result differs from that of the whole picture. Keep the picture whole with --tile "
+                  "300.\n");
     EXPECT_EQ(messagesOf(Words{"process", path, "-o", at("out.exr")} + Blur), "");
+}
+
+TEST_F(PlimeTiling, programOfTheUser_isWarnedOfWhereItAsksForThePlace) {
+    const std::string path = picture("in.exr", gradient(300, 100));
+    const auto said = [&](const std::string& code) {
+        return messagesOf({"process", path, "-o", at("out.exr"), "--tile", "128", "--with",
+                           "Hollywood/TileProgram", "-p", "code=" + code});
+    };
+    EXPECT_EQ(said("uniform sampler2D frame; void main() { gl_FragColor = 2.0 * texture2D( frame,\n"
+                   "gl_TexCoord[0].xy ); }"),
+              "");
+    for (const char* place : {"gl_TexCoord[0].x", "gl_FragCoord.x"})
+        expectHas(said(std::string("void main() { gl_FragColor = vec4(") + place + "); }"),
+                  "and Hollywood/TileProgram works with the place in the tile, so the result differs");
+}
+
+TEST_F(PlimeTiling, renderWith_isTheSameAsProcessingThePictureAfterwards) {
+    for (const char* size : {"4200x70", "40x700"}) {
+        const Words drawn = {"render", "demo:knot", "--size", size, "--tile", "512", "--gpu", "software"};
+        succeed(drawn + Words{"-o", at("plain.exr")});
+        for (const Words& chain : {Colours, Gamma, Colours + Gamma}) {
+            succeed(drawn + Words{"-o", at("with.exr")} + chain);
+            succeed(Words{"process", at("plain.exr"), "-o", at("after.exr")} + chain);
+            EXPECT_EQ(shareWithin(0, readPicture(at("with.exr")), readPicture(at("after.exr"))), 1.0) << size;
+        }
+    }
+}
+
+TEST_F(PlimeTiling, renderWith_ofAModuleThatAsksForThePlace_isWarnedOf) {
+    expectHas(messagesOf(Words{"render", "demo:knot", "--size", "4200x40", "-o", at("out.exr")} + Blur),
+              "works with the place in the tile, so the result differs from that of the whole picture. "
+              "\"plime process --tile\" on the finished picture can take more as one tile.\n");
 }
 
 TEST_F(PlimeTiling, overlapThatLeavesNothing_isRefused) {

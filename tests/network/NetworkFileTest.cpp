@@ -61,6 +61,9 @@ constexpr char Good[] = R"({
       "tiles": {
         "size": [2048, 2048],
         "overlap": 64
+      },
+      "processorTiles": {
+        "size": [320, 180]
       }
     },
     {
@@ -112,6 +115,7 @@ TEST(NetworkFile, good_text_everyFieldIsRead) {
     ASSERT_EQ(network.views.size(), 2U);
     EXPECT_EQ(network.views[0].camera->eye[2], 1e-05);
     EXPECT_EQ(network.views[0].tiles->overlap, 64);
+    EXPECT_EQ(network.views[0].processorTiles->height, 180);
     EXPECT_EQ(network.views[1].picture, "sky \"1\".exr");
     EXPECT_EQ(network.object("tone"), &network.objects[2]);
     EXPECT_EQ(network.object("none"), nullptr);
@@ -173,8 +177,10 @@ TEST(NetworkFile, mistakes_areSaidWithTheirLine) {
     EXPECT_EQ(refusal(with("\"shows\": \"soft\",", "")),
               "net.json, line 32: the view main shows nothing or two things — expected either \"shows\", an "
               "object, or \"picture\", a file.");
+    EXPECT_EQ(refusal(with("\"picture\": ", "\"processorTiles\": {\"size\": [8, 8]}, \"picture\": ")),
+              "net.json, line 54: the view photo processes a picture file, whose tiles are just \"tiles\".");
     EXPECT_EQ(refusal(with("\"name\": \"photo\"", "\"name\": \"main\"")),
-              "net.json, line 49: two views are called main.");
+              "net.json, line 52: two views are called main.");
     EXPECT_EQ(refusal(with("\"version\": 1,", "\"version\": 1 !")),
               "net.json, line 2: is no JSON text from here on — got \"!\".");
     EXPECT_EQ(refusal("[]"),
@@ -183,6 +189,15 @@ TEST(NetworkFile, mistakes_areSaidWithTheirLine) {
         refusal(with("\"name\": \"tone\"", "\"name\": \"a.b\"")),
         "net.json, line 23: holds something without a usable \"name\" — expected a text without points, "
         "equals signs and line ends, got \"a.b\".");
+}
+
+TEST(NetworkFile, namesAndTextsOfSeveralLines_areSaidInOneLine) {
+    EXPECT_EQ(
+        refusal("{\"a\\nb\": 4}"),
+        "net.json, line 1: holds a name that is too long or has line ends — expected at most 256 bytes, "
+        "got \"a b\".");
+    EXPECT_EQ(refusal("{\"version\": \"1\\n2\"}").find('\n'), std::string::npos);
+    EXPECT_NE(refusal("{\"" + std::string(257, 'x') + "\": 4}").find("is too long"), std::string::npos);
 }
 
 TEST(NetworkFile, cycle_isRefusedWithItsPath) {
@@ -207,9 +222,20 @@ TEST(NetworkFile, sizes_upToTheLimitsAndNotBeyond) {
         std::string text = "{\"version\": 1, \"objects\": [";
         for (std::size_t i = 0; i < count; ++i)
             text += (i ? ",\n" : "\n") + std::string("{\"creator\": \"X/Y\", \"name\": \"") +
-                    std::to_string(i) + (i ? "\", \"input\": \"" + std::to_string(i - 1) + "\"}" : "\"}");
+                    std::to_string(i) + "\"}";
         return text + "]}";
     };
+    const auto row = [](std::size_t count) {
+        std::string text = "{\"version\": 1, \"objects\": [";
+        for (std::size_t i = count; i-- > 0;)
+            text += "\n{\"creator\": \"X/Y\", \"name\": \"" + std::to_string(i) +
+                    (i ? "\", \"input\": \"" + std::to_string(i - 1) + "\"}," : "\"}");
+        return text + "]}";
+    };
+    EXPECT_EQ(refusal(row(NetworkLimits::Row)), "");
+    EXPECT_EQ(refusal(row(NetworkLimits::Row + 1)),
+              "net.json, line 2: objects take each other in a row that is too deep — expected at most 256 "
+              "objects.");
     EXPECT_EQ(refusal(objects(NetworkLimits::Objects)), "");
     EXPECT_EQ(refusal(objects(NetworkLimits::Objects + 1)),
               "net.json, line 1: has too many objects — expected 10000, got 10001.");
@@ -236,6 +262,48 @@ TEST(NetworkFile, controlCharactersAndBrokenUtf8_areRefused) {
               "net.json, line 18: is no JSON text from here on.");
     EXPECT_EQ(networkFromText(with("\"9.0\"", "\"a\\nb\\tc é\""), "net.json").objects[1].parameters[0].text,
               "a\nb\tc é");
+}
+
+TEST(NetworkFile, parameterSharedTwice_isRefused) {
+    EXPECT_EQ(
+        refusal(with("\"tone.exponent\"]", "\"tone.exponent\"], [\"soft.width\", \"soft.exponent\"]")),
+        "net.json, line 29: soft.exponent is shared twice — expected each parameter once in \"shared\".");
+    EXPECT_EQ(
+        refusal(with("\"tone.exponent\"", "\"soft.exponent\"")),
+        "net.json, line 29: soft.exponent is shared twice — expected each parameter once in \"shared\".");
+}
+
+TEST(NetworkFile, partForAView_hasWhatItNeedsAndNothingElse) {
+    const Network network = networkFromText(Good, "net.json");
+    EXPECT_EQ(partFor(network, network.views[0]).objects.size(), 3U);
+    EXPECT_EQ(partFor(network, network.views[0]).shared.size(), 1U);
+    const Network photo = partFor(network, network.views[1]);
+    ASSERT_EQ(photo.objects.size(), 1U);
+    EXPECT_EQ(photo.objects[0].name, "tone");
+    EXPECT_TRUE(photo.shared.empty()) << "a parameter shares its value with nobody";
+    ASSERT_EQ(photo.views.size(), 1U);
+    EXPECT_EQ(photo.views[0].name, "photo");
+}
+
+TEST(NetworkFile, changedPaths_areThoseOfFilesAndPictures) {
+    Network network = networkFromText(with("\"intensity\": \"2.0\"", "\"file\": \"a.ply\""), "net.json");
+    network.objects[2].parameters.push_back({"file", "", {}});
+    changePaths(network, [](const std::string& path) { return "x/" + path; });
+    EXPECT_EQ(network.objects[0].parameters[0].text, "x/a.ply");
+    EXPECT_EQ(network.objects[1].parameters[0].text, "9.0");
+    EXPECT_EQ(network.objects[2].parameters[0].text, "");
+    EXPECT_EQ(network.views[1].picture, "x/sky \"1\".exr");
+}
+
+TEST(NetworkFile, whatCouldNotBeReadAgain_isNotSaved_andBrokenUtf8IsWrittenAsSuch) {
+    Network network = networkFromText(Good, "net.json");
+    network.objects[0].parameters[0].text = "bell \a";
+    const std::filesystem::path file =
+        std::filesystem::temp_directory_path() / ("network-test-" + std::to_string(getpid()) + ".json");
+    EXPECT_THROW(saveNetwork(network, file), Failure);
+    EXPECT_FALSE(std::filesystem::exists(file));
+    network.objects[0].parameters[0].text = "9\xff";
+    EXPECT_EQ(networkFromText(textOf(network), "net.json").objects[0].parameters[0].text, "9\xef\xbf\xbd");
 }
 
 TEST(NetworkFile, savedFile_readsBackAndLeavesNothingElse) {

@@ -15,6 +15,7 @@ namespace workbench {
 namespace {
 
 constexpr std::size_t ShownBytes = 60;
+constexpr std::size_t LongestName = 256; // of a member
 
 /// Counts the lines of what it walks over. A line end counts once the next character is read, since the
 /// lexer looks one character beyond a number.
@@ -82,6 +83,10 @@ public:
     bool end_array() override { return end(); }
     bool key(string_t& name) override {
         requirePlain(name);
+        if (name.size() > LongestName || name.find_first_of("\n\r\t") != std::string::npos)
+            refuse("holds a name that is too long or has line ends",
+                   "at most " + std::to_string(LongestName) + " bytes",
+                   JsonTree{JsonTree::Kind::Text, 0, false, 0, name}.shown());
         if (!open.back().names.insert(name).second)
             refuse('"' + shortened(name) + "\" stands twice in one object");
         open.back().pending = std::move(name);
@@ -177,8 +182,12 @@ std::string JsonTree::shown() const {
         return truth ? "true" : "false";
     case Kind::Number:
         return text;
-    case Kind::Text:
-        return '"' + (text.size() <= ShownBytes ? text : text.substr(0, ShownBytes) + "…") + '"';
+    case Kind::Text: {
+        std::string line = text.size() <= ShownBytes ? text : text.substr(0, ShownBytes) + "…";
+        std::ranges::replace_if(
+            line, [](char c) { return c == '\n' || c == '\r' || c == '\t'; }, ' ');
+        return '"' + line + '"';
+    }
     case Kind::List:
         return "a list";
     case Kind::Object:

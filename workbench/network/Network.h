@@ -5,6 +5,7 @@
 #include "workbench/network/NetworkPlace.h"
 
 #include <array>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -54,11 +55,13 @@ struct NetworkView {
     std::optional<Camera> camera;
     std::optional<std::array<double, 4>> background; ///< linear RGBA
 
-    /// Tiles that the picture is made in.
+    /// Tiles that the picture is made in: in which it is drawn or, of a file, in which the processors see it.
     struct Tiles {
         int width = 0, height = 0, overlap = 0;
     };
     std::optional<Tiles> tiles;
+    /// Tiles in which the processors see a picture that is drawn, where it was cut for them.
+    std::optional<Tiles> processorTiles;
     NetworkPlace place;
 };
 
@@ -72,5 +75,13 @@ struct Network {
 
     [[nodiscard]] const NetworkObject* object(const std::string& name) const noexcept;
 };
+
+/// What one of the network's views needs, and nothing else: that view, its objects in the order of the whole, and
+/// what they share among each other.
+[[nodiscard]] Network partFor(const Network& network, const NetworkView& view);
+
+/// Replaces the path of every file that the network reads by what `change` makes of it: the parameters called
+/// "file" and the pictures of views. Empty ones are left alone.
+void changePaths(Network& network, const std::function<std::string(const std::string& path)>& change);
 
 } // namespace workbench

@@ -17,6 +17,7 @@ struct NetworkLimits {
     static constexpr std::size_t TextBytes = std::size_t{1} << 20; ///< of one text
     static constexpr int Depth = 64;                               ///< of nested braces and brackets
     static constexpr std::size_t Objects = 10'000;
+    static constexpr std::size_t Row = 256; ///< of objects that take each other
 };
 
 /// Reads a network. `who` names the text in messages. The result is complete and consistent in itself: known
@@ -28,11 +29,12 @@ struct NetworkLimits {
 [[nodiscard]] Network readNetwork(const std::filesystem::path& file);
 
 /// Several lines for files, one line for what is kept inside of a picture. Reading a text and writing it
-/// again gives the same bytes as writing it first.
+/// again gives the same bytes as writing it first. Bytes that are no UTF-8 become U+FFFD.
 enum class NetworkLayout { Lines, OneLine };
 [[nodiscard]] std::string textOf(const Network& network, NetworkLayout layout = NetworkLayout::Lines);
 
-/// Writes a file, complete or not at all. Throws Failure(Output).
+/// Writes a file, complete or not at all. Throws Failure(Output), and Failure(Network) for a network that could not
+/// be read again.
 void saveNetwork(const Network& network, const std::filesystem::path& file, bool noClobber = false);
 
 /// The failure of something at a place: "<who>, line <n>: <what> …".

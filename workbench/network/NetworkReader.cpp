@@ -161,8 +161,8 @@ private:
 
     [[nodiscard]] NetworkView view(const JsonTree& from) const {
         requireKind(from, Kind::Object, "an item of \"views\"");
-        allowMembers(from,
-                     {"name", "shows", "picture", "processors", "size", "camera", "background", "tiles"});
+        allowMembers(from, {"name", "shows", "picture", "processors", "size", "camera", "background", "tiles",
+                            "processorTiles"});
         NetworkView made;
         made.name = nameOf(from);
         made.shows = text(from, "shows");
@@ -179,7 +179,11 @@ private:
         }
         made.background = numbers<4>(from, "background");
         made.camera = camera(from);
-        made.tiles = tiles(from);
+        made.tiles = tiles(from, "tiles");
+        made.processorTiles = tiles(from, "processorTiles");
+        if (made.processorTiles && !made.picture.empty())
+            refuse(*from.member("processorTiles"),
+                   "the view " + made.name + " processes a picture file, whose tiles are just \"tiles\"");
         return made;
     }
 
@@ -197,10 +201,11 @@ private:
         return NetworkView::Camera{*eye, *target, *up, angle->number};
     }
 
-    [[nodiscard]] std::optional<NetworkView::Tiles> tiles(const JsonTree& view) const {
-        const JsonTree* from = view.member("tiles");
+    [[nodiscard]] std::optional<NetworkView::Tiles> tiles(const JsonTree& view,
+                                                          const std::string& name) const {
+        const JsonTree* from = view.member(name);
         if (!from) return {};
-        requireKind(*from, Kind::Object, "\"tiles\"");
+        requireKind(*from, Kind::Object, '"' + name + '"');
         allowMembers(*from, {"size", "overlap"});
         const auto size = numbers<2>(*from, "size");
         if (!size) refuse(*from, "holds tiles without a size", "\"size\": [WIDTH, HEIGHT]");
@@ -228,9 +233,14 @@ public:
         for (const NetworkObject& object : network.objects)
             if (!object.input.empty()) require(object.input, object.place, object.name + " takes");
         for (const NetworkObject& object : network.objects) requireNoCycle(object);
+        std::set<std::string> shared;
         for (const NetworkSharing& sharing : network.shared)
-            for (const NetworkSharing::End& end : sharing.ends)
-                require(end.object, sharing.place, "a value is shared with");
+            for (const auto& [object, parameter] : sharing.ends) {
+                require(object, sharing.place, "a value is shared with");
+                if (!shared.insert(object + '.' + parameter).second)
+                    refuseNetwork(who, sharing.place, object + '.' + parameter + " is shared twice",
+                                  "each parameter once in \"shared\"");
+            }
         std::set<std::string> views;
         for (const NetworkView& view : network.views) {
             if (!views.insert(view.name).second)
@@ -247,12 +257,13 @@ private:
             refuseNetwork(who, place, sentence + " the object \"" + name + "\", which is not there");
     }
 
-    /// Follows the inputs of an object. Every object is followed once.
+    /// Follows the inputs of an object; neither a circle nor a row beyond the limit is allowed. Every object is
+    /// followed once.
     void requireNoCycle(const NetworkObject& from) {
         std::vector<const NetworkObject*> path;
         std::set<const NetworkObject*> onPath;
-        for (const NetworkObject* at = &from; at && !followed.contains(at);
-             at = at->input.empty() ? nullptr : byName.at(at->input)) {
+        const NetworkObject* at = &from;
+        for (; at && !lengths.contains(at); at = at->input.empty() ? nullptr : byName.at(at->input)) {
             if (!onPath.insert(at).second) {
                 std::string text;
                 for (auto step = std::ranges::find(path, at); step != path.end(); ++step)
@@ -262,7 +273,13 @@ private:
             }
             path.push_back(at);
         }
-        followed.insert(path.begin(), path.end());
+        std::size_t length = at ? lengths.at(at) : 0;
+        for (auto step = path.rbegin(); step != path.rend(); ++step) {
+            if (++length > NetworkLimits::Row)
+                refuseNetwork(who, (*step)->place, "objects take each other in a row that is too deep",
+                              "at most " + std::to_string(NetworkLimits::Row) + " objects");
+            lengths.emplace(*step, length);
+        }
     }
 
     static std::string shortened(const std::string& text) {
@@ -272,7 +289,7 @@ private:
     const Network& network;
     const std::string& who;
     std::unordered_map<std::string, const NetworkObject*> byName;
-    std::set<const NetworkObject*> followed;
+    std::unordered_map<const NetworkObject*, std::size_t> lengths; ///< of the rows that end there
 };
 
 std::string bytesOf(const std::filesystem::path& file) {
@@ -299,11 +316,6 @@ std::string bytesOf(const std::filesystem::path& file) {
 }
 
 } // namespace
-
-const NetworkObject* Network::object(const std::string& name) const noexcept {
-    const auto found = std::ranges::find(objects, name, &NetworkObject::name);
-    return found == objects.end() ? nullptr : &*found;
-}
 
 void refuseNetwork(const std::string& who, NetworkPlace place, const std::string& what,
                    const std::string& expected, const std::string& got, const std::string& advice) {

@@ -29,6 +29,12 @@ Json toJson(const NetworkSharing& sharing) {
     return json;
 }
 
+Json toJson(const NetworkView::Tiles& tiles) {
+    Json json{{"size", {tiles.width, tiles.height}}};
+    if (tiles.overlap > 0) json["overlap"] = tiles.overlap;
+    return json;
+}
+
 Json toJson(const NetworkView& view) {
     Json json{{"name", view.name}};
     if (!view.shows.empty()) json["shows"] = view.shows;
@@ -41,10 +47,8 @@ Json toJson(const NetworkView& view) {
                           {"up", view.camera->up},
                           {"fieldOfView", view.camera->fieldOfView}};
     if (view.background) json["background"] = *view.background;
-    if (view.tiles) {
-        json["tiles"] = {{"size", {view.tiles->width, view.tiles->height}}};
-        if (view.tiles->overlap > 0) json["tiles"]["overlap"] = view.tiles->overlap;
-    }
+    if (view.tiles) json["tiles"] = toJson(*view.tiles);
+    if (view.processorTiles) json["processorTiles"] = toJson(*view.processorTiles);
     return json;
 }
 
@@ -59,6 +63,9 @@ Json toJson(const Network& network) {
     return json;
 }
 
+/// Bytes that are no UTF-8 become U+FFFD, so that a picture of whatever file can keep its network.
+std::string lineOf(const Json& json) { return json.dump(-1, ' ', false, Json::error_handler_t::replace); }
+
 bool isPlain(const Json& value) { return !value.is_structured(); }
 
 /// Two blanks per level, and lists of plain values in one line.
@@ -66,7 +73,7 @@ void append(std::string& text, const Json& json, std::size_t level) {
     const bool inOneLine =
         isPlain(json) || json.empty() || (json.is_array() && std::ranges::all_of(json, isPlain));
     if (inOneLine && !json.is_array()) {
-        text += json.dump();
+        text += lineOf(json);
         return;
     }
     const std::string end = inOneLine ? "" : '\n' + std::string(2 * level, ' ');
@@ -75,7 +82,7 @@ void append(std::string& text, const Json& json, std::size_t level) {
     text += json.is_object() ? '{' : '[';
     for (const auto& [name, value] : json.items()) {
         text += separator + begin;
-        if (json.is_object()) text += Json(name).dump() + ": ";
+        if (json.is_object()) text += lineOf(name) + ": ";
         append(text, value, level + 1);
         separator = inOneLine ? ", " : ",";
     }
@@ -86,15 +93,17 @@ void append(std::string& text, const Json& json, std::size_t level) {
 
 std::string textOf(const Network& network, NetworkLayout layout) {
     const Json json = toJson(network);
-    if (layout == NetworkLayout::OneLine) return json.dump();
+    if (layout == NetworkLayout::OneLine) return lineOf(json);
     std::string text;
     append(text, json, 0);
     return text + '\n';
 }
 
 void saveNetwork(const Network& network, const std::filesystem::path& file, bool noClobber) {
+    const std::string text = textOf(network);
+    static_cast<void>(networkFromText(text, file.string())); // what cannot be read again is not written
     OutputFile output(file, noClobber);
-    output.write(textOf(network));
+    output.write(text);
     output.finish();
 }
 

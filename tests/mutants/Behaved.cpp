@@ -1,0 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tests/mutants/Fault.h"
+
+void misbehave() {}

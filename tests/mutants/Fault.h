@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: Apache-2.0
+// What can be wrong with the small plug-in of this folder.
+#pragma once
+
+/// Each fault is a plug-in of its own; `None` is the clean one. Which check finds which stands in the table
+/// of tests/validate/MutantTest.cpp.
+// clang-format off
+enum class Fault {
+    None,
+    // seen in the file
+    ExtraExport, NoEntry, TwoEntries, OtherDate, UniqueSymbol, ThreadLocal, ExecutableStack, LazyBinding,
+    // loading and unloading
+    NoCreator, ThrowsInLoad, WrongKey, EarlyAttach, NoAttach, AttachTwice, WrongHookName, NormalisedVerdict,
+    EntryPrints, EntryTraces, RefusalLeaks, Pinned, LateDetach, NoDetach, InputCreatorStays, SecondLifeDiffers,
+    LateDetachAtExit,
+    // the catalogue
+    TextLetter, OrderValue, RowsSwapped, OneKeyTwice, KeyWithBlank, ControlCharacter,
+    // objects
+    CrashInCreate, ExitInCreate, HangInCreate, EndlessOutput, TooMuchMemory, SharedClass, InputCreatorMissing,
+    NameIgnored, CreationUnreported, LimitMissing, LimitsCrossed, InitialValueSet, TypeNotRegistered,
+    SharedProcessor, ObjectKept, ProcessorKept, MemoryLost, OrderedDestruction, LocaleSet, OutputClosed,
+    ThreadStarted, SignalHandled,
+    // work
+    ThrowsInUpdate, RefusesLeastValue, InfiniteValue, TextChanges, CommaInText, OneWithoutPoint, DiesWithoutValue,
+    DoesNotCompile, PictureChanges, OpenGlErrorLeft, TextureBound, TileChanges, AlphaChanged, OnePixelTooFew,
+    // hostile values and tiles
+    DiesOfHugeNumber, DiesOfEmptyTile, ReadsPastTile, DiesOfNaN, RefusalUnsaid,
+    // OpenGL under stress
+    DiesOfSamples, DiesOfLongRow, ThrowsOthersError, DiesOfShaderFile, TextureLeaked,
+    // life
+    LeaksEachLife, ObjectsStay, OnlyOnce,
+    // faults around it
+    DiesWithoutMemoryInLoad, DiesWithoutMemory, SwallowsExceptions, DiesOfClosedOutput, DiesWithoutFiles,
+};
+// clang-format on
+
+/// The fault of this plug-in, known before anything of it is built.
+extern const Fault fault;
+
+/// Whether the plug-in is to be wrong in this way.
+inline bool has(Fault one) { return fault == one; }
+
+/// Ends the process by a signal.
+[[noreturn]] void die();
+/// Does to the process what a guest should not do; empty where that is not the fault.
+void misbehave();

@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: Apache-2.0
+// A program that this unit is linked into has these four operators instead of the standard library's, which
+// do the same but for the one question.
+#include "workbench/validate/FailingMemory.h"
+
+#include <atomic>
+#include <cstdlib>
+#include <new>
+
+namespace workbench::validate {
+namespace {
+
+constinit std::atomic<long> left{0}; // requests until one fails; 0: none does
+
+bool isTheOne() noexcept {
+    return left.load(std::memory_order_relaxed) > 0 && left.fetch_sub(1, std::memory_order_relaxed) == 1;
+}
+
+void* take(std::size_t bytes) noexcept { return isTheOne() ? nullptr : std::malloc(bytes == 0 ? 1 : bytes); }
+
+} // namespace
+
+FailingMemory::FailingMemory(long n) noexcept { left = n; }
+FailingMemory::~FailingMemory() { left = 0; }
+bool FailingMemory::hasFailed() noexcept { return left <= 0; }
+
+} // namespace workbench::validate
+
+void* operator new(std::size_t bytes) {
+    void* const memory = workbench::validate::take(bytes);
+    if (!memory) throw std::bad_alloc();
+    return memory;
+}
+void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept {
+    return workbench::validate::take(bytes);
+}
+void operator delete(void* memory) noexcept { std::free(memory); }
+void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }

@@ -1,0 +1,20 @@
+// SPDX-License-Identifier: Apache-2.0
+// Memory that runs out on purpose.
+#pragma once
+
+namespace workbench::validate {
+
+/// From construction to destruction the n-th request for memory by `operator new` fails, counted from 1 over
+/// all threads; every other one is served. One at a time.
+class FailingMemory {
+public:
+    explicit FailingMemory(long n) noexcept;
+    FailingMemory(const FailingMemory&) = delete;
+    FailingMemory& operator=(const FailingMemory&) = delete;
+    ~FailingMemory();
+
+    /// Whether the n-th request has come.
+    [[nodiscard]] static bool hasFailed() noexcept;
+};
+
+} // namespace workbench::validate

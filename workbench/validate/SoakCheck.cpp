@@ -1,0 +1,99 @@
+// SPDX-License-Identifier: Apache-2.0
+// Level 10: a minute of whatever comes.
+#include "workbench/core/ObjectRegistry.h"
+#include "workbench/validate/CheckFunctions.h"
+#include "workbench/validate/Guest.h"
+#include "workbench/validate/Module.h"
+
+#include <array>
+#include <chrono>
+#include <exception>
+#include <memory>
+#include <utility>
+
+namespace workbench::validate {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr auto Length = std::chrono::seconds(60);
+constexpr std::size_t MostObjects = 50;
+
+/// A host at random work.
+class Soak {
+public:
+    explicit Soak(Trial& trial)
+        : trial(trial), guest(std::make_unique<Guest>(trial)), session(openSession(trial)) {}
+
+    void step() {
+        constexpr std::array Operations = {&Soak::create, &Soak::create, &Soak::destroy, &Soak::set,
+                                           &Soak::set,    &Soak::work,   &Soak::render,  &Soak::tile};
+        if (trial.draw(5000) == 0) return reload();
+        try {
+            (this->*Operations[trial.draw(Operations.size())])();
+        } catch (const std::exception&) {
+            return; // refusals are right; crashes and hangs are what is looked for
+        }
+    }
+
+private:
+    krod::VObject* any() { return objects.empty() ? nullptr : objects[trial.draw(objects.size())].get(); }
+
+    void create() {
+        const auto makers = guest->makers();
+        if (objects.size() < MostObjects) objects.push_back(makers[trial.draw(makers.size())].make());
+    }
+
+    void destroy() {
+        if (objects.empty()) return;
+        std::swap(objects[trial.draw(objects.size())], objects.back());
+        objects.pop_back();
+    }
+
+    void set() {
+        krod::VObject* const object = any();
+        if (!object || object->slots().inputs().empty()) return;
+        const auto& inputs = std::as_const(*object).slots().inputs();
+        const auto& parameter = inputs[trial.draw(inputs.size())].parameter;
+        const auto values = usualValues(*parameter, trial);
+        parameter->setValue(values[trial.draw(values.size())]);
+    }
+
+    void work() {
+        if (krod::VObject* const object = any()) static_cast<void>(shaderTexts(*object));
+    }
+
+    void render() {
+        krod::VObject* const object = any();
+        if (object && draws(*object) && trial.draw(20) == 0)
+            static_cast<void>(draw(*session, *object, {}, 16, 16));
+    }
+
+    void tile() {
+        krod::VObject* const object = any();
+        if (object && processorOf(*object)) static_cast<void>(process(*object, drawPixels(trial, 64), 8, 8));
+    }
+
+    void reload() {
+        guest->unload();
+        trial.require(ObjectRegistry::count() == 0, "leaves objects behind when it is unloaded");
+        objects.clear();
+        delete &guest->manager();
+        guest = std::make_unique<Guest>(trial);
+    }
+
+    Trial& trial;
+    std::unique_ptr<Guest> guest;
+    std::unique_ptr<RenderSession> session;
+    std::vector<Object> objects;
+};
+
+} // namespace
+
+void checkSoak(Trial& trial) {
+    Soak soak(trial);
+    for (const auto end = Clock::now() + Length; Clock::now() < end && !trial.hasFailed();)
+        for (int i = 0; i < 100; ++i) soak.step();
+}
+
+} // namespace workbench::validate
