@@ -106,12 +106,13 @@ void checkCount(const std::filesystem::path& path, const PlyElement& element, co
     for (const auto& property : element.properties)
         smallest += values.smallestSize(property.isList ? property.countType : property.type);
     if (smallest == 0 || element.count <= dataSize / smallest) return;
-    throw Failure(Fault::Input, {path.string(),
-                                 "declares more entries of \"" + element.name + "\" than it can hold",
-                                 "at most " + std::to_string(dataSize / smallest),
-                                 std::to_string(element.count),
-                                 "The file is damaged or was not written to its end",
-                                 {}});
+    throw Failure(Fault::Input,
+                  {path.string(),
+                   "declares more entries of " + quotedField(element.name) + " than it can hold",
+                   "at most " + std::to_string(dataSize / smallest),
+                   std::to_string(element.count),
+                   "The file is damaged or was not written to its end",
+                   {}});
 }
 
 void skipList(const PlyProperty& property, PlyValues& values) {

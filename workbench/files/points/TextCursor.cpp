@@ -16,14 +16,13 @@ std::string_view trimmed(std::string_view text) {
     return text.substr(begin, text.find_last_not_of(Blanks) - begin + 1);
 }
 
-/// Foreign bytes in a message: short, and without control characters.
-std::string quoted(std::string_view text) {
+} // namespace
+
+std::string quotedField(std::string_view text) {
     std::string result = "\"";
     for (const char c : text.substr(0, 40)) result += c >= ' ' && c != '\x7f' ? c : '?';
     return result + (text.size() > 40 ? "…\"" : "\"");
 }
-
-} // namespace
 
 TextCursor::TextCursor(std::filesystem::path path, std::string_view text, std::uint64_t firstLine)
     : file(std::move(path)), rest(text), lineNumber(firstLine - 1) {}
@@ -76,7 +75,7 @@ double TextCursor::number(std::string_view field) const {
 
 void TextCursor::fail(std::string expected, std::string_view field) const {
     failAt(static_cast<std::size_t>(field.data() - current.data()), std::move(expected),
-           field.empty() ? "an empty field" : quoted(field));
+           field.empty() ? "an empty field" : quotedField(field));
 }
 
 void TextCursor::failAtEnd(std::string expected, std::string got) const {

@@ -9,6 +9,9 @@
 
 namespace workbench {
 
+/// Foreign bytes for a message: in quotation marks, short, without control characters.
+[[nodiscard]] std::string quotedField(std::string_view text);
+
 /// Walks through a text by lines and, within them, by fields. All failures are Failure(Input) that names
 /// file, line and column (both from 1, the column in bytes).
 class TextCursor {
