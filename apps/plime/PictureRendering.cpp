@@ -44,11 +44,18 @@ std::string jobText(const Session& session, const RenderSession& rendering, cons
     return text;
 }
 
-/// What is left of the memory beside the rows that are drawn at once goes to the processors.
+/// What is held of each pixel of a tile while it is drawn: colour and depth, and copies on the way here.
+constexpr std::uint64_t BytesPerDrawnPixel = 48;
+
+std::uint64_t product(int a, int b) { return static_cast<std::uint64_t>(a) * static_cast<std::uint64_t>(b); }
+
+/// What is left of the memory beside the rows and the tile that are drawn at once goes to the processors.
 TilingTask cuttingOf(const Session& session, OpenGLOnDemand& openGL, const RenderTask& task,
-                     const FrameSetup& setup, int bandRows) {
-    const auto pixels = static_cast<std::uint64_t>(setup.width) * static_cast<std::uint64_t>(bandRows);
-    const std::uint64_t left = session.options().memory - pixels * 2 * sizeof(krod::RGBAHalf);
+                     const FrameSetup& setup, int bandRows, const PictureTile& tile) {
+    const std::uint64_t memory = session.options().memory;
+    const std::uint64_t drawing = product(setup.width, bandRows) * 2 * sizeof(krod::RGBAHalf) +
+                                  product(tile.drawnWidth(), tile.drawnHeight()) * BytesPerDrawnPixel;
+    const std::uint64_t left = memory - std::min(memory, drawing);
     TilingTask cutting{task.wish.requirePath(), setup.width, setup.height, 0, left, std::nullopt, true};
     if (task.chain.drawsWithOpenGL()) cutting.shaderSide = openGL.rendering().properties().maxTextureSize;
     return cutting;
@@ -72,9 +79,7 @@ void writeDrawn(const RenderTask& task, const std::optional<TilePlan>& plan, Dra
         return;
     }
     const int height = drawn.description().height;
-    const auto pixels =
-        static_cast<std::uint64_t>(drawn.description().width) * static_cast<std::uint64_t>(bandRows);
-    std::vector<krod::RGBAHalf> band(static_cast<std::size_t>(pixels));
+    std::vector<krod::RGBAHalf> band(static_cast<std::size_t>(product(drawn.description().width, bandRows)));
     for (int first = 0; first < height; first += bandRows) {
         const int count = std::min(bandRows, height - first);
         drawn.readRows(first, count, band.data());
@@ -121,8 +126,7 @@ void renderToFile(Session& session, OpenGLOnDemand& openGL, const RenderTask& ta
     const auto tiles = planTiles(setup.width, setup.height, setup.tiles);
     const std::string path = task.wish.requirePath();
     const int bandRows = std::ranges::max(tiles, {}, &PictureTile::height).height;
-    requireMemory(path, static_cast<std::uint64_t>(bandRows) * static_cast<std::uint64_t>(setup.width),
-                  session.options().memory);
+    requireMemory(path, product(setup.width, bandRows), session.options().memory);
     RenderSession& rendering = openGL.rendering();
     session.report().note("Drawing on " + rendering.driver() + ".");
     if (tiles.size() > 1) session.report().note("Drawing in " + std::to_string(tiles.size()) + " tiles.");
@@ -131,7 +135,7 @@ void renderToFile(Session& session, OpenGLOnDemand& openGL, const RenderTask& ta
     provenance.setFrame(setup);
     std::optional<TilePlan> plan;
     if (!task.chain.empty()) {
-        const TilingTask cutting = cuttingOf(session, openGL, task, setup, bandRows);
+        const TilingTask cutting = cuttingOf(session, openGL, task, setup, bandRows, tiles.front());
         plan.emplace(cutting, wishOf(task.view));
         tellOfTiles(session, openGL, task.chain, cutting, *plan);
         if (cutting.shaderSide && plan->count() > 1)
