@@ -59,4 +59,8 @@ TEST_F(RecordOfToneMapping, HDRObjectDisplay_H10_unreadableSamples_countAsEightT
     EXPECT_EQ(requestedSamples(), 8);
 }
 
+TEST_F(RecordOfToneMapping, HDRObjectDisplay_H11_renderer_isCalledHDRDeferredRenderer) {
+    EXPECT_EQ(rendererClass(), "plime::HDRObjectDisplay::HDRObjectRenderer::HDRDeferredRenderer");
+}
+
 } // namespace
