@@ -25,8 +25,8 @@ struct PictureDrawing {
     TileJournal* journal = nullptr; ///< null: finished tiles are not kept
 };
 
-/// A picture that is drawn while it is read, from the top. A row of its tiles is held at a time; rows are read once.
-/// Reading throws Failure(Interrupted) between two tiles, and what drawing throws.
+/// A picture that is drawn while it is read, from the top. A row of its tiles is held at a time; rows are
+/// read once. Reading throws Failure(Interrupted) between two tiles, and what drawing throws.
 class DrawnPicture : public PictureReader {
 public:
     /// The description's size is that of the setup.

@@ -20,7 +20,8 @@ namespace workbench {
 [[nodiscard]] TilingWish tilingFrom(const std::optional<std::string>& tile,
                                     const std::optional<std::string>& overlap);
 
-/// Says how a picture is cut for a chain, and warns where a module does something else to a picture that is cut.
+/// Says how a picture is cut for a chain, and warns where a module does something else to a picture that is
+/// cut.
 void tellOfTiles(Session& session, OpenGLOnDemand& openGL, const TileChain& chain, const TilingTask& task,
                  const TilePlan& plan);
 
@@ -33,8 +34,8 @@ struct ProgressPart {
 /// Takes one picture after the other through the same modules.
 class PictureProcessing {
 public:
-    /// Everything but the wishes and the provenance is borrowed; the chain is prepared. The provenance tells of the
-    /// chain; every picture is added to a copy.
+    /// Everything but the wishes and the provenance is borrowed; the chain is prepared. The provenance tells
+    /// of the chain; every picture is added to a copy.
     PictureProcessing(Session& session, OpenGLOnDemand& openGL, const TileChain& chain, OutputWish wish,
                       TilingWish tiling, Provenance provenance)
         : session(session),
@@ -47,8 +48,8 @@ public:
     /// Opens the OpenGL session and compiles all programs now. Throws Failure(OpenGL) and Failure(Shader).
     void compile();
     /// Reads, processes and writes one picture, and tells how it was cut and what was lost. Progress is shown
-    /// in a line of its own, or in the part. Throws Failure; then nothing is written. Gives the network that the
-    /// picture is made by, with the paths as they are given.
+    /// in a line of its own, or in the part. Throws Failure; then nothing is written. Gives the network that
+    /// the picture is made by, with the paths as they are given.
     Network process(const PictureJob& job, const ProgressPart* part = nullptr);
 
 private:

@@ -87,8 +87,8 @@ void writeDrawn(const RenderTask& task, const std::optional<TilePlan>& plan, Dra
     }
 }
 
-/// Does the work, keeping finished tiles until the picture is complete. A failure says how to go on, if there is
-/// anything to take.
+/// Does the work, keeping finished tiles until the picture is complete. A failure says how to go on, if there
+/// is anything to take.
 void keepTilesDuring(Report& report, TileJournal& journal, bool resume, std::size_t tiles,
                      const std::function<void()>& work) {
     const std::string parts = journal.folder().string();

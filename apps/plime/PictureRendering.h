@@ -26,8 +26,8 @@ struct RenderTask {
     bool resume = false; ///< take the tiles that an interrupted run has left
 };
 
-/// Draws and writes the picture, and says what was lost. The provenance tells how; it is completed with the view and
-/// kept in the picture. Throws Failure; then no picture is left, but tiles to go on with may be.
+/// Draws and writes the picture, and says what was lost. The provenance tells how; it is completed with the
+/// view and kept in the picture. Throws Failure; then no picture is left, but tiles to go on with may be.
 void renderToFile(Session& session, OpenGLOnDemand& openGL, const RenderTask& task, Provenance& provenance);
 
 } // namespace workbench

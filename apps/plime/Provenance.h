@@ -11,8 +11,8 @@
 
 namespace workbench {
 
-/// A module as an object of a network: creator and source, every parameter that was set, in the host's order, and
-/// those that are not readable. `input` is the name of the object it takes, or empty.
+/// A module as an object of a network: creator and source, every parameter that was set, in the host's order,
+/// and those that are not readable. `input` is the name of the object it takes, or empty.
 [[nodiscard]] NetworkObject describe(const std::string& name, const ModuleInstance& module,
                                      const std::string& input);
 
@@ -55,8 +55,8 @@ private:
 /// Where a network is saved; the network is given the paths that lead from there.
 class NetworkOutput {
 public:
-    /// Nothing happens without a path. Looks whether the file can be written: Failure(Output), and Failure(Usage)
-    /// where it is the picture as well.
+    /// Nothing happens without a path. Looks whether the file can be written: Failure(Output), and
+    /// Failure(Usage) where it is the picture as well.
     NetworkOutput(const std::optional<std::string>& path, const std::string& picture, bool noClobber);
     /// Writes the file. Throws as saveNetwork.
     void save(Network network) const;

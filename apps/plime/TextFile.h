@@ -6,8 +6,8 @@
 
 namespace workbench {
 
-/// The whole file, byte for byte; a pipe or a device is refused. Throws Failure(Input) for a file that cannot be read
-/// or is larger than 16 MiB.
+/// The whole file, byte for byte; a pipe or a device is refused. Throws Failure(Input) for a file that cannot
+/// be read or is larger than 16 MiB.
 [[nodiscard]] std::string readTextFile(const std::string& path);
 
 } // namespace workbench

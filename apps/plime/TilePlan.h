@@ -58,8 +58,9 @@ class TilePlan {
 public:
     /// Without a shader: strips of StripRows rows in the whole width, fewer where the memory asks for it.
     /// With one: the picture as one tile while it is no larger than --tile and the driver allow and the
-    /// memory suffices, else tiles of at most LargestCutTile a side; exact tiles whatever the picture. Throws Failure(Usage) for an overlap
-    /// that leaves nothing of a tile, Failure(Output) when no tile fits into the memory.
+    /// memory suffices, else tiles of at most LargestCutTile a side; exact tiles whatever the picture. Throws
+    /// Failure(Usage) for an overlap that leaves nothing of a tile, Failure(Output) when no tile fits into
+    /// the memory.
     TilePlan(const TilingTask& task, const TilingWish& wish);
 
     [[nodiscard]] int columns() const noexcept { return across.count; }

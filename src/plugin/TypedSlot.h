@@ -15,7 +15,8 @@
 
 namespace krod {
 
-/// What user interfaces offer of a parameter. A limit that is left out is not set; nothing clamps to those that are.
+/// What user interfaces offer of a parameter. A limit that is left out is not set; nothing clamps to those
+/// that are.
 template <class T>
 struct Limits {
     std::optional<T> min = {}, max = {};
@@ -58,8 +59,8 @@ public:
             std::puts("Typeslot has a problem, its creators were not registered!?");
     }
 
-    /// [host · shares] Attaches the limits as the properties "min" and "max". Displays do so with the slot, tile modules
-    /// after their output.
+    /// [host · shares] Attaches the limits as the properties "min" and "max". Displays do so with the slot,
+    /// tile modules after their output.
     void setLimits(const Limits<T>& limits) {
         if (limits.min) parameter->setProperty("min", makeValue(*limits.min), nullptr);
         if (limits.max) parameter->setProperty("max", makeValue(*limits.max), nullptr);
