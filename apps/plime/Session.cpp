@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "apps/plime/Session.h"
 
+#include "workbench/core/PluginTrial.h"
 #include "workbench/gl/ShaderFiles.h"
 
 #include <cstdlib>
@@ -10,6 +11,7 @@ namespace workbench {
 const std::vector<PluginAttempt>& Session::plugins() {
     if (!attempts) {
         const char* const environment = std::getenv("KROD_PLUGIN_PATH");
+        manager.setTrial(PluginTrial(usualPluginTrial()));
         attempts = loadPlugins(manager, {global.plugins, environment ? environment : "",
                                          defaultPluginFolders(executableFolder())});
     }

@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
-// Loads a plug-in, makes one object of each module, and ends in one of three ways:
+// Loads a plug-in, makes one object of each module, and ends in one of four ways:
 //   load_tool unload PLUGIN   the plug-in is unloaded
 //   load_tool exit PLUGIN     the process exits with the plug-in loaded and every object alive
+//   load_tool callback PLUGIN the same, but the plug-in is in the midst of making another object
 //   load_tool hold PLUGIN     the plug-in's manager is destroyed while somebody holds a processor
 // Standard output shows the trace, the deletion of the objects, and what is left.
 #include "Scene.h"
 
 #include "host/memory/Typename.h"
+#include "workbench/core/ActionListener.h"
 #include "workbench/core/InputCreatorRegistry.h"
 #include "workbench/core/Trace.h"
 
@@ -20,6 +22,15 @@ void print(const std::string& key, std::size_t creatorsLeft) {
     std::printf("%s deleted, %zu creators and %zu input creators left\n", key.c_str(), creatorsLeft,
                 workbench::InputCreatorRegistry::count());
 }
+
+/// Ends the process as soon as it hears of an object.
+class Exit : public workbench::ActionListener {
+    void created(const krod::StrongPtr<krod::VObject>&, krod::VCreationContext&,
+                 krod::VCreatorBase&) override {
+        std::puts("-- end");
+        std::exit(0);
+    }
+};
 
 void hold(const std::string& path) {
     scene::Processor processor;
@@ -51,6 +62,11 @@ int main(int argc, char** argv) {
     const workbench::LibraryId library = manager.load(argv[2]);
     static auto& objects = *new std::vector(scene::makeCatalogue());
     scene::watch(objects, print);
+    if (way == "callback") {
+        static Exit& listener = *new Exit;
+        workbench::setActionListener(&listener);
+        scene::make("Display/CMYK");
+    }
     std::puts("-- end");
     if (way == "unload") manager.unload(library);
     std::exit(0);

@@ -88,6 +88,10 @@ TEST(Order, Exit_with_the_plugin_loaded_withdraws_in_the_order_of_unloading) {
     EXPECT_EQ(toolOutput("exit"), withdrawalTrace());
 }
 
+TEST(Order, Exit_in_a_callback_of_the_plugin_withdraws_in_the_order_of_unloading) {
+    EXPECT_EQ(toolOutput("callback"), withdrawalTrace());
+}
+
 TEST(Order, A_refused_verdict_leaves_everything_as_before) {
     const std::size_t creators = workbench::CreatorRegistry::entries().size();
     const std::size_t inputCreators = workbench::InputCreatorRegistry::count();
@@ -114,6 +118,22 @@ TEST(Order, A_refused_verdict_leaves_everything_as_before) {
         EXPECT_EQ(manager.status()[0].state, workbench::PluginStatus::State::Refused);
         EXPECT_EQ(manager.status()[0].name, "tovar_plime");
     }
+}
+
+TEST(Order, A_hundred_refusals_in_a_row_leave_everything_as_before) {
+    const std::size_t objects = workbench::livingObjectCount();
+    workbench::PluginManager manager;
+    manager.setHandshake([](const std::string&) { return std::make_unique<FixedVerdict>(0); });
+    for (int i = 0; i < 100; ++i) {
+        EXPECT_THROW(manager.load(TOVAR_PLIME), workbench::Failure);
+        ASSERT_TRUE(workbench::CreatorRegistry::entries().empty());
+        ASSERT_EQ(workbench::InputCreatorRegistry::count(), 0U);
+        ASSERT_EQ(workbench::livingObjectCount(), objects);
+        ASSERT_FALSE(scene::isInMemory(TOVAR_PLIME));
+    }
+    EXPECT_EQ(manager.status().size(), 1U);
+    manager.setHandshake({});
+    EXPECT_EQ(scene::creatorCount(manager.load(TOVAR_PLIME)), 15U);
 }
 
 TEST(Order, Every_verdict_above_zero_is_accepted) {

@@ -6,7 +6,15 @@
 #include "workbench/core/ObjectRegistry.h"
 #include "workbench/memory/LivingObjects.h"
 
+#include "host/core/VValuePool.h"
+#include "host/rendering/ImageTile.h"
+#include "host/rendering/RGBAHalf.h"
+#include "host/rendering/VRenderContext.h"
+
 #include <gtest/gtest.h>
+
+#include <exception>
+#include <utility>
 
 namespace {
 
@@ -127,6 +135,29 @@ TEST_F(Unloading, Empties_held_parameters) {
     ASSERT_TRUE(value);
     EXPECT_FALSE(value->value());
     EXPECT_EQ(input->value().text(), text);
+}
+
+TEST_F(Unloading, Leaves_an_exception_whole_that_is_held) {
+    std::exception_ptr held;
+    {
+        const krod::VValuePool pool;
+        krod::ImageTile tile(1, 1,
+                             StrongPtr<krod::Chunk<krod::RGBAHalf>>(new krod::Chunk<krod::RGBAHalf>(1)));
+        try { // without a session to draw in
+            scene::processorOf(scene::make("Hollywood/PixelBlur"))->process(krod::VRenderContext(pool), tile);
+        } catch (...) {
+            held = std::current_exception();
+        }
+    }
+    ASSERT_TRUE(held);
+    expectUnloaded();
+    try {
+        std::rethrow_exception(std::exchange(held, nullptr));
+    } catch (const std::exception& error) {
+        EXPECT_STREQ(error.what(),
+                     "image tile: needs OpenGL — expected an open session on this thread, got none. "
+                     "Open a RenderSession first, or make it current here.");
+    }
 }
 
 TEST_F(Unloading, Takes_as_many_calls_as_loading) {

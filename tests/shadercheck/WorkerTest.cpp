@@ -171,7 +171,7 @@ TEST_F(ShaderWorker, workerThatIsNotThere_isToldOnceAndPasses) {
 class TrialOutcomes : public ShaderWorker {
 protected:
     TrialOutcome of(const std::string& lines) {
-        return tryInWorker(script(lines), {}, std::chrono::milliseconds(1000));
+        return tryInWorker(script(lines), {}, {.time = std::chrono::seconds(1)});
     }
 };
 

@@ -129,6 +129,7 @@ struct PluginManager::Implementation {
     void remember(PluginStatus status);
 
     Handshake handshake;
+    Trial trial;
     std::vector<PluginStatus> statuses;
     std::vector<Resident> residents; // in the order of loading
 };
@@ -183,7 +184,7 @@ SharedLibrary PluginManager::Implementation::open(const PluginStatus& status, co
     if (verdict > 0) return library;
     const Unloading unloading = library.close();
     std::vector<std::string> details;
-    if (!unloading.unmapped) details.push_back("It is still in memory: " + unloading.reason + '.');
+    if (!unloading.unmapped) details.push_back("It cannot be removed from memory: " + unloading.reason + '.');
     refuse(status.path,
            "has an entry that answers " + std::to_string(verdict) +
                ", but this host expects a number above 0",
@@ -204,6 +205,7 @@ LibraryId PluginManager::Implementation::load(PluginStatus& status) {
     status.date = entry.date;
     requireHostDate(status.path, entry);
     requireFreeName(status);
+    if (trial) trial(status.path);
 
     const LibraryId id = ++lastLibrary;
     const std::size_t inputCreators = InputCreatorRegistry::count();
@@ -263,6 +265,7 @@ PluginManager::~PluginManager() {
 }
 
 void PluginManager::setHandshake(Handshake handshake) { implementation->handshake = std::move(handshake); }
+void PluginManager::setTrial(Trial trial) { implementation->trial = std::move(trial); }
 
 LibraryId PluginManager::load(const std::string& path) {
     PluginStatus status;

@@ -49,6 +49,10 @@ public:
     ~PluginManager();
 
     void setHandshake(Handshake handshake);
+    /// Is asked about an absolute path right before any code of that library runs in this process, and throws
+    /// Failure(Fault::Plugin) for one that is not to be loaded. Without one, every library is.
+    using Trial = std::function<void(const std::string& path)>;
+    void setTrial(Trial trial);
 
     /// Loads a library and returns its number, a new one for each loading. A relative path is taken from the
     /// current folder and never searched for. The same file again is counted, not loaded twice; of two files

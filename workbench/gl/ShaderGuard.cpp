@@ -19,17 +19,8 @@
 namespace workbench {
 namespace {
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool Sanitized = true;
-#elif defined(__has_feature)
-constexpr bool Sanitized = __has_feature(address_sanitizer) || __has_feature(thread_sanitizer);
-#else
-constexpr bool Sanitized = false;
-#endif
-
-/// Address space of a software driver. Sanitizers reserve more than any limit allows.
-constexpr std::uint64_t MostMemory = Sanitized ? 0 : std::uint64_t{4} << 30;
-constexpr std::uint32_t MostProcessorSeconds = 10;
+constexpr std::uint64_t MostMemory = std::uint64_t{4} << 30; // address space of a software driver
+constexpr std::chrono::seconds MostProcessorTime{10};
 
 struct Guard {
     std::mutex mutex;
@@ -74,29 +65,27 @@ ShaderTrial trialOf(const ProgramTexts& texts, bool strict) {
     const auto& session = RenderSession::require(texts.fragmentLabel);
     return {.gpu = session.options().gpu.text(),
             .strict = strict,
-            .memory = session.properties().software ? MostMemory : 0,
-            .processorSeconds = MostProcessorSeconds,
             .vertexText = texts.vertexText,
             .fragmentText = texts.fragmentText};
 }
 
-std::string secondsText(std::chrono::milliseconds time) {
-    return time.count() % 1000 == 0 ? std::to_string(time.count() / 1000) + " s"
-                                    : std::to_string(time.count()) + " ms";
+/// Drivers of hardware need any number of addresses.
+ChildLimits limitsOf(const ProgramTexts& texts, std::chrono::milliseconds time) {
+    const bool software = RenderSession::require(texts.fragmentLabel).properties().software;
+    return {.time = time, .processorTime = MostProcessorTime, .memory = software ? MostMemory : 0};
 }
 
 /// What is wrong with the program; empty if nothing is.
-std::string verdictOf(const TrialOutcome& outcome, std::chrono::milliseconds time) {
+std::string verdictOf(const TrialOutcome& outcome) {
     if (outcome.kind == TrialOutcome::Kind::Killed)
         return "ended the shader compiler (" + outcome.reason + ')';
-    if (outcome.kind == TrialOutcome::Kind::TooLong)
-        return "took longer than " + (outcome.reason.empty() ? secondsText(time) : outcome.reason);
+    if (outcome.kind == TrialOutcome::Kind::TooLong) return "took longer than " + outcome.reason;
     return "";
 }
 
 TrialOutcome outcomeOf(const ProgramTexts& texts, bool strict, const ShaderGuardSettings& settings) {
     try {
-        return tryInWorker(settings.worker, trialOf(texts, strict), settings.time);
+        return tryInWorker(settings.worker, trialOf(texts, strict), limitsOf(texts, settings.time));
     } catch (const std::system_error& error) {
         return {TrialOutcome::Kind::NotStarted, error.what()};
     }
@@ -130,7 +119,7 @@ std::string verdictOn(const ProgramTexts& texts, const std::string& driver, bool
         return "";
     }
     const std::lock_guard lock(all.mutex);
-    return all.verdicts.emplace(key, verdictOf(outcome, settings.time)).first->second;
+    return all.verdicts.emplace(key, verdictOf(outcome)).first->second;
 }
 
 } // namespace

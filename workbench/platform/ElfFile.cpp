@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "workbench/platform/ElfFile.h"
 
+#include "workbench/platform/Descriptor.h"
+#include "workbench/platform/ElfImage.h"
+#include "workbench/platform/ElfRelocations.h"
+
 #include <elf.h>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -10,7 +14,6 @@
 #include <array>
 #include <cerrno>
 #include <cstdint>
-#include <cstring>
 #include <optional>
 #include <string_view>
 #include <system_error>
@@ -27,93 +30,9 @@ constexpr std::uint16_t OwnMachine = EM_AARCH64;
 #error "The workbench loads libraries on x86-64 and aarch64 only."
 #endif
 
-/// Leaves the checks below; `inspect` turns it into its result.
-struct Refused {
-    ElfProblem problem;
-    Diagnostic reason;
-};
-
-[[noreturn]] void refuse(ElfProblem problem, std::string what, std::string expected = {},
-                         std::string got = {}, std::string advice = {}) {
-    throw Refused{
-        problem, Diagnostic{"", std::move(what), std::move(expected), std::move(got), std::move(advice), {}}};
-}
-
-[[noreturn]] void refuseDamaged(const std::string& what) {
-    refuse(ElfProblem::Damaged, "is damaged: " + what, "", "", "Build or copy the library again");
-}
-
 [[noreturn]] void refuseProgram(std::string got) {
     refuse(ElfProblem::NotShared, "is not a shared library", "a file linked with -shared", std::move(got));
 }
-
-std::string bytesText(std::uint64_t count) { return std::to_string(count) + " bytes"; }
-
-/// The bytes of the file. Everything read from it is checked against its end.
-class Image {
-public:
-    explicit Image(std::vector<std::byte> content) : bytes(std::move(content)) {}
-
-    [[nodiscard]] bool empty() const { return bytes.empty(); }
-
-    [[nodiscard]] bool startsWith(std::string_view mark) const {
-        return bytes.size() >= mark.size() && std::memcmp(bytes.data(), mark.data(), mark.size()) == 0;
-    }
-
-    void require(std::uint64_t offset, std::uint64_t size, const char* what) const {
-        if (offset <= bytes.size() && size <= bytes.size() - offset) return;
-        const bool overflows = size > UINT64_MAX - offset;
-        refuseTooShort(what, overflows ? "a longer file" : bytesText(offset + size));
-    }
-
-    template <typename T>
-    [[nodiscard]] T at(std::uint64_t offset, const char* what) const {
-        require(offset, sizeof(T), what);
-        T value;
-        std::memcpy(&value, bytes.data() + offset, sizeof(T));
-        return value;
-    }
-
-    template <typename T>
-    [[nodiscard]] std::vector<T> table(std::uint64_t offset, std::uint64_t count, const char* what) const {
-        if (count > bytes.size() / sizeof(T)) refuseTooShort(what, "a longer file");
-        require(offset, count * sizeof(T), what);
-        std::vector<T> values(static_cast<std::size_t>(count));
-        if (count != 0) std::memcpy(values.data(), bytes.data() + offset, values.size() * sizeof(T));
-        return values;
-    }
-
-    /// The text at `offset` up to its zero byte, which must lie within `limit` bytes.
-    [[nodiscard]] std::string text(std::uint64_t offset, std::uint64_t limit) const {
-        require(offset, limit, "symbol names");
-        const char* begin = reinterpret_cast<const char*>(bytes.data()) + offset;
-        const void* end = limit == 0 ? nullptr : std::memchr(begin, 0, static_cast<std::size_t>(limit));
-        if (end == nullptr) refuseDamaged("a symbol's name has no end");
-        return {begin, static_cast<const char*>(end)};
-    }
-
-private:
-    [[noreturn]] void refuseTooShort(const char* what, std::string expected) const {
-        refuse(ElfProblem::Truncated, std::string("ends too early for its ") + what, std::move(expected),
-               bytesText(bytes.size()), "Build or copy the library again");
-    }
-
-    std::vector<std::byte> bytes;
-};
-
-class Descriptor {
-public:
-    explicit Descriptor(int value) : number(value) {}
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor() {
-        if (number >= 0) ::close(number);
-    }
-    [[nodiscard]] int get() const { return number; }
-
-private:
-    int number;
-};
 
 const char* kindOf(mode_t mode) {
     if (S_ISDIR(mode)) return "a folder";
@@ -132,7 +51,7 @@ void requireRegular(const struct stat& status) {
 }
 
 /// Asks for the kind of file first, because opening alone can already disturb a device.
-Image readWhole(const std::filesystem::path& path) {
+ElfImage readWhole(const std::filesystem::path& path) {
     struct stat status {};
     if (::stat(path.c_str(), &status) != 0) refuseUnreadable();
     requireRegular(status);
@@ -153,7 +72,7 @@ Image readWhole(const std::filesystem::path& path) {
         done += static_cast<std::size_t>(got);
     }
     bytes.resize(done);
-    return Image(std::move(bytes));
+    return ElfImage(std::move(bytes));
 }
 
 std::string machineName(std::uint16_t machine) {
@@ -177,7 +96,7 @@ std::string machineName(std::uint16_t machine) {
     }
 }
 
-Elf64_Ehdr readHeader(const Image& image) {
+Elf64_Ehdr readHeader(const ElfImage& image) {
     if (!image.startsWith({ELFMAG, SELFMAG}))
         refuse(ElfProblem::NotElf, "is not a library", "a file that starts with the ELF mark",
                image.empty() ? "an empty file" : "other content");
@@ -201,94 +120,55 @@ Elf64_Ehdr readHeader(const Image& image) {
     return header;
 }
 
-/// The parts of the file that a loader maps, and where an address of the loaded library lies in the file.
-class Segments {
-public:
-    Segments(const Image& image, const Elf64_Ehdr& header) {
-        if (header.e_phentsize != sizeof(Elf64_Phdr) || header.e_phnum == 0 || header.e_phnum == PN_XNUM)
-            refuseDamaged("no usable program headers");
-        all = image.table<Elf64_Phdr>(header.e_phoff, header.e_phnum, "program headers");
-        for (const Elf64_Phdr& segment : all) {
-            image.require(segment.p_offset, segment.p_filesz, "segments");
-            if (segment.p_type != PT_LOAD) continue;
-            if (segment.p_filesz > segment.p_memsz || segment.p_memsz > UINT64_MAX - segment.p_vaddr)
-                refuseDamaged("impossible size of a segment");
-        }
-    }
-
-    [[nodiscard]] std::uint64_t offsetOf(std::uint64_t address, std::uint64_t size, const char* what) const {
-        for (const Elf64_Phdr& segment : all) {
-            if (segment.p_type != PT_LOAD || address < segment.p_vaddr) continue;
-            const std::uint64_t into = address - segment.p_vaddr;
-            if (into <= segment.p_filesz && size <= segment.p_filesz - into) return segment.p_offset + into;
-        }
-        refuseDamaged(std::string("its ") + what + " lies outside of the segments");
-    }
-
-    /// All bytes of the file from `address` to the end of its segment.
-    [[nodiscard]] std::uint64_t bytesFrom(std::uint64_t address) const {
-        for (const Elf64_Phdr& segment : all)
-            if (segment.p_type == PT_LOAD && address >= segment.p_vaddr &&
-                address - segment.p_vaddr <= segment.p_filesz)
-                return segment.p_filesz - (address - segment.p_vaddr);
-        return 0;
-    }
-
-    [[nodiscard]] const Elf64_Phdr& dynamic() const {
-        const auto found =
-            std::find_if(all.begin(), all.end(), [](const Elf64_Phdr& s) { return s.p_type == PT_DYNAMIC; });
-        if (found == all.end()) refuseDamaged("no dynamic table");
-        return *found;
-    }
-
-private:
-    std::vector<Elf64_Phdr> all;
-};
-
-/// The entries of the dynamic table that lead to the symbols; addresses as in the loaded library.
+/// The entries of the dynamic table that lead to symbols and relocations; addresses as in the loaded library.
 struct DynamicTable {
     std::optional<std::uint64_t> symbols, names, namesSize, symbolSize, hash, gnuHash;
+    ElfRelocations relocations;
 };
 
-DynamicTable readDynamic(const Image& image, const Segments& segments) {
+void note(const Elf64_Dyn& entry, DynamicTable& table) {
+    const std::uint64_t value = entry.d_un.d_val;
+    switch (entry.d_tag) {
+    case DT_SYMTAB:
+        table.symbols = value;
+        break;
+    case DT_STRTAB:
+        table.names = value;
+        break;
+    case DT_STRSZ:
+        table.namesSize = value;
+        break;
+    case DT_SYMENT:
+        table.symbolSize = value;
+        break;
+    case DT_HASH:
+        table.hash = value;
+        break;
+    case DT_GNU_HASH:
+        table.gnuHash = value;
+        break;
+    case DT_FLAGS_1:
+        if ((value & DF_1_PIE) != 0) refuseProgram("a program");
+        break;
+    default:
+        table.relocations.note(entry);
+    }
+}
+
+DynamicTable readDynamic(const ElfImage& image, const ElfSegments& segments) {
     const Elf64_Phdr& place = segments.dynamic();
     const std::uint64_t offset = segments.offsetOf(place.p_vaddr, place.p_filesz, "dynamic table");
     DynamicTable table;
     for (const Elf64_Dyn& entry :
          image.table<Elf64_Dyn>(offset, place.p_filesz / sizeof(Elf64_Dyn), "dynamic table")) {
-        switch (entry.d_tag) {
-        case DT_NULL:
-            return table;
-        case DT_SYMTAB:
-            table.symbols = entry.d_un.d_ptr;
-            break;
-        case DT_STRTAB:
-            table.names = entry.d_un.d_ptr;
-            break;
-        case DT_STRSZ:
-            table.namesSize = entry.d_un.d_val;
-            break;
-        case DT_SYMENT:
-            table.symbolSize = entry.d_un.d_val;
-            break;
-        case DT_HASH:
-            table.hash = entry.d_un.d_ptr;
-            break;
-        case DT_FLAGS_1:
-            if ((entry.d_un.d_val & DF_1_PIE) != 0) refuseProgram("a program");
-            break;
-        case DT_GNU_HASH:
-            table.gnuHash = entry.d_un.d_ptr;
-            break;
-        default:
-            break;
-        }
+        if (entry.d_tag == DT_NULL) return table;
+        note(entry, table);
     }
     refuseDamaged("its dynamic table has no end");
 }
 
 /// The GNU hash table has no count: the last chain of the highest bucket ends with the last symbol.
-std::uint64_t countByGnuHash(const Image& image, const Segments& segments, std::uint64_t address) {
+std::uint64_t countByGnuHash(const ElfImage& image, const ElfSegments& segments, std::uint64_t address) {
     const char* const what = "symbol hash table";
     const auto head = image.table<std::uint32_t>(segments.offsetOf(address, 16, what), 4, what);
     const std::uint64_t bucketCount = head[0], firstSymbol = head[1], filterWords = head[2];
@@ -307,7 +187,7 @@ std::uint64_t countByGnuHash(const Image& image, const Segments& segments, std::
     refuseDamaged("its symbol hash table has no end");
 }
 
-std::uint64_t countSymbols(const Image& image, const Segments& segments, const DynamicTable& dynamic) {
+std::uint64_t countSymbols(const ElfImage& image, const ElfSegments& segments, const DynamicTable& dynamic) {
     if (dynamic.hash) {
         const std::uint64_t offset = segments.offsetOf(*dynamic.hash, 8, "symbol hash table");
         return image.at<std::uint32_t>(offset + 4, "symbol hash table");
@@ -324,7 +204,7 @@ bool isExported(const Elf64_Sym& symbol) {
            (visibility == STV_DEFAULT || visibility == STV_PROTECTED);
 }
 
-void readSymbols(const Image& image, const Segments& segments, ElfFile& file) {
+void readSymbols(const ElfImage& image, const ElfSegments& segments, ElfFile& file) {
     const DynamicTable dynamic = readDynamic(image, segments);
     if (!dynamic.symbols || !dynamic.names || !dynamic.namesSize) refuseDamaged("no dynamic symbols");
     if (dynamic.symbolSize && *dynamic.symbolSize != sizeof(Elf64_Sym))
@@ -341,13 +221,14 @@ void readSymbols(const Image& image, const Segments& segments, ElfFile& file) {
         if (ELF64_ST_BIND(symbol.st_info) == STB_GNU_UNIQUE)
             file.uniqueNames.push_back(file.exportedNames.back());
     }
+    dynamic.relocations.check(image, segments, file.exportedNames.empty() ? 0 : count);
     std::sort(file.exportedNames.begin(), file.exportedNames.end());
     std::sort(file.uniqueNames.begin(), file.uniqueNames.end());
 }
 
 /// Loading needs no sections, but their table is the last thing in nearly every file: it shows a cut that
 /// misses all segments.
-void checkSections(const Image& image, const Elf64_Ehdr& header) {
+void checkSections(const ElfImage& image, const Elf64_Ehdr& header) {
     if (header.e_shoff == 0) return;
     if (header.e_shentsize != sizeof(Elf64_Shdr)) refuseDamaged("unknown size of section headers");
     const auto first = image.at<Elf64_Shdr>(header.e_shoff, "section table");
@@ -364,12 +245,12 @@ ElfFile ElfFile::inspect(const std::filesystem::path& path) {
     try {
         if (!path.is_absolute())
             refuse(ElfProblem::RelativePath, "is not searched for", "an absolute path", "a relative one");
-        const Image image = readWhole(path);
+        const ElfImage image = readWhole(path);
         const Elf64_Ehdr header = readHeader(image);
-        const Segments segments(image, header);
+        const ElfSegments segments(image, header);
         checkSections(image, header);
         readSymbols(image, segments, file);
-    } catch (Refused& refused) {
+    } catch (ElfRefusal& refused) {
         file = {};
         file.problem = refused.problem;
         file.refusal = std::move(refused.reason);

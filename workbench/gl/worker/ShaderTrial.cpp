@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "workbench/gl/worker/ShaderTrial.h"
 
+#include <cstdint>
 #include <cstring>
 #include <stdexcept>
 
@@ -59,8 +60,6 @@ std::vector<char> packed(const ShaderTrial& trial) {
     std::vector<char> bytes;
     put(bytes, trial.gpu);
     put(bytes, static_cast<char>(trial.strict ? 1 : 0));
-    put(bytes, trial.memory);
-    put(bytes, trial.processorSeconds);
     put(bytes, trial.vertexText);
     put(bytes, trial.fragmentText);
     return bytes;
@@ -71,8 +70,6 @@ ShaderTrial unpacked(const std::vector<char>& bytes) {
     ShaderTrial trial;
     trial.gpu = reader.text();
     trial.strict = reader.number<char>() != 0;
-    trial.memory = reader.number<std::uint64_t>();
-    trial.processorSeconds = reader.number<std::uint32_t>();
     trial.vertexText = reader.text();
     trial.fragmentText = reader.text();
     reader.requireEnd();

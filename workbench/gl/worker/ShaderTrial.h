@@ -2,7 +2,6 @@
 // What is tried in the worker, and how it travels there.
 #pragma once
 
-#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -12,8 +11,6 @@ namespace workbench {
 struct ShaderTrial {
     std::string gpu = "auto"; ///< GpuChoice::text of the session that wants it
     bool strict = false;      ///< without shims
-    std::uint64_t memory = 0; ///< bytes of address space; 0: any number, which drivers of hardware need
-    std::uint32_t processorSeconds = 0;
     std::string vertexText, fragmentText;
 };
 

@@ -3,8 +3,8 @@
 #pragma once
 
 #include "workbench/gl/worker/ShaderTrial.h"
+#include "workbench/platform/ChildProgram.h"
 
-#include <chrono>
 #include <filesystem>
 #include <string>
 
@@ -21,14 +21,13 @@ struct TrialOutcome {
     };
 
     Kind kind = Kind::NotStarted;
-    std::string
-        reason; ///< with Killed: "signal 11"; with TooLong: than what, if not the time; with NotStarted: why
+    std::string reason; ///< with Killed: "signal 11"; with TooLong: than what; with NotStarted: why
 };
 
-/// Starts the worker program with its own process group, no open files and the environment of this process,
-/// and waits for its answer for that time at most. The child is gone afterwards, with all of its group.
-/// Never throws for anything that the child does; std::system_error where this process has no descriptors left.
+/// Starts the worker program and waits for its answer within those limits. The child is gone afterwards, with
+/// all of its group. Never throws for anything that the child does; std::system_error where this process has
+/// no descriptors left.
 [[nodiscard]] TrialOutcome tryInWorker(const std::filesystem::path& worker, const ShaderTrial& trial,
-                                       std::chrono::milliseconds time);
+                                       const ChildLimits& limits);
 
 } // namespace workbench

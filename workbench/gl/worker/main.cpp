@@ -17,8 +17,6 @@
 #include <string>
 #include <vector>
 
-#include <sys/prctl.h>
-#include <sys/resource.h>
 #include <unistd.h>
 
 namespace {
@@ -53,23 +51,9 @@ std::vector<char> readRequest() {
     return bytes;
 }
 
-void limit(int what, rlim_t most, rlim_t hard) {
-    const rlimit both{most, hard};
-    ::setrlimit(what, &both);
-}
-
-void limit(int what, rlim_t most) { limit(what, most, most); }
-
-/// The harder the fall of this process, the softer that of the host.
-void acceptLimits(const ShaderTrial& trial) {
-    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-    for (const int number : {SIGSEGV, SIGBUS, SIGABRT, SIGFPE, SIGILL})
-        std::signal(number, SIG_DFL); // handlers of sanitizers make exit codes of signals
-    limit(RLIMIT_CORE, 0);
-    limit(RLIMIT_FSIZE, rlim_t{256} << 20); // drivers keep what they have compiled in files
-    if (trial.processorSeconds != 0)        // at the hard limit the system kills without a name for it
-        limit(RLIMIT_CPU, trial.processorSeconds, rlim_t{trial.processorSeconds} + 1);
-    if (trial.memory != 0) limit(RLIMIT_AS, trial.memory);
+/// Handlers of sanitizers make exit codes of signals.
+void takeSignalsAsTheyAre() {
+    for (const int number : {SIGSEGV, SIGBUS, SIGABRT, SIGFPE, SIGILL}) std::signal(number, SIG_DFL);
 }
 
 /// A tile with all values between 0 and 1, so that many paths of the program are taken.
@@ -98,7 +82,7 @@ void drawTile(const ShaderTrial& trial) {
 int main() {
     try {
         const ShaderTrial trial = unpacked(readRequest());
-        acceptLimits(trial);
+        takeSignalsAsTheyAre();
         setShaderGuard({.checkTexts = false}); // the host has checked what it wants checked
         RenderSession session({.gpu = parseGpuChoice(trial.gpu), .strictGlsl = trial.strict});
         drawTile(trial);
