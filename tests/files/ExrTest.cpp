@@ -329,3 +329,61 @@ TEST_F(ExrTest, Exr_unfinished_leavesNothing) {
     }
     EXPECT_EQ(filesInFolder(), 0);
 }
+
+TEST_F(ExrTest, blocks_areStoredInTiles_bitForBit) {
+    Picture picture = allPatterns();
+    picture.description.width = 250; // no multiple of the tiles
+    picture.pixels.resize(250 * 256);
+    picture.description.dataX = -7;
+    picture.description.dataY = 11;
+    WriteOptions options;
+    options.tileSide = 64;
+    const auto writer = PictureWriter::create(folder / "a.exr", picture.description, options);
+    for (const PixelWindow part : {PixelWindow{128, 64, 122, 192}, {0, 0, 128, 64}, {128, 0, 122, 64},
+                                   {0, 64, 64, 192}, {64, 64, 64, 192}}) {
+        std::vector<krod::RGBAHalf> pixels;
+        for (int y = part.y; y < part.y + part.height; ++y)
+            for (int x = part.x; x < part.x + part.width; ++x)
+                pixels.push_back(picture.pixels[static_cast<std::size_t>(y * 250 + x)]);
+        writer->writeBlock(part, pixels.data());
+    }
+    writer->finish();
+    EXPECT_EQ(writer->mostBytes(), 250U * 256 * 8);
+    EXPECT_TRUE(Imf::InputFile((folder / "a.exr").c_str()).header().hasTileDescription());
+    const Picture again = readPicture(folder / "a.exr");
+    expectSameBits(again.pixels, picture.pixels);
+    EXPECT_EQ(again.description.dataX, -7);
+}
+
+TEST_F(ExrTest, blocksOffTheTiles_andRowsAmongThem_areMistakes) {
+    const Picture picture = allPatterns();
+    WriteOptions options;
+    options.tileSide = 64;
+    const auto writer = PictureWriter::create(folder / "a.exr", picture.description, options);
+    for (const PixelWindow part :
+         {PixelWindow{1, 0, 64, 64}, {0, 0, 63, 64}, {0, 0, 64, 320}, {256, 0, 64, 64}, {0, 0, 0, 64}})
+        EXPECT_THROW(writer->writeBlock(part, picture.pixels.data()), std::logic_error);
+    EXPECT_THROW(writer->writeRows(0, 64, picture.pixels.data()), std::logic_error);
+    writer->writeBlock({0, 0, 256, 128}, picture.pixels.data());
+    EXPECT_THROW(writer->finish(), std::logic_error);
+    const auto rows = PictureWriter::create(folder / "b.exr", picture.description);
+    EXPECT_THROW(rows->writeBlock({0, 0, 256, 256}, picture.pixels.data()), std::logic_error);
+}
+
+TEST_F(ExrTest, reader_saysWhatItHolds) {
+    const Picture picture = allPatterns();
+    const auto bytesOf = [&](int tileSide) {
+        WriteOptions options;
+        options.tileSide = tileSide;
+        const auto writer = PictureWriter::create(folder / "a.exr", picture.description, options);
+        if (tileSide > 0)
+            writer->writeBlock({0, 0, 256, 256}, picture.pixels.data());
+        else
+            writer->writeRows(0, 256, picture.pixels.data());
+        writer->finish();
+        return PictureReader::open(folder / "a.exr")->description().readerBytes;
+    };
+    EXPECT_EQ(bytesOf(64), 256U * 8 * (64 + 64));          // a row of tiles, and a step of rows
+    EXPECT_EQ(bytesOf(256), 256U * 8 * (256 + 64));        // high tiles
+    EXPECT_EQ(bytesOf(0), 256U * 8 * (3 * 8 * 16 + 64));   // ZIP: blocks of 16 rows
+}

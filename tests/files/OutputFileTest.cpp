@@ -5,6 +5,7 @@
 
 #include <csignal>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -90,7 +91,10 @@ TEST_F(OutputFileTest, OutputFile_fullDisk_failsAndLeavesTheOldFile) {
         file.write(std::string(5000, 'x'));
         file.finish();
     });
-    expectHas(text, "a: cannot be written completely — got File too large. Make room on the disk");
+    expectHas(
+        text,
+        "a: cannot be written completely — expected room for at least 5000 bytes, got File too large. Make "
+        "room on the disk");
     EXPECT_EQ(read(folder / "a"), "old");
     EXPECT_EQ(filesInFolder(), 1);
 }
@@ -191,6 +195,46 @@ TEST_F(OutputFileTest, OutputFile_oldRemainderOfADeadProcess_isRemoved) {
     const OutputFile file(folder / "a");
     EXPECT_FALSE(std::filesystem::exists(dead));
     EXPECT_TRUE(std::filesystem::exists(fresh));
+}
+
+TEST_F(OutputFileTest, OutputFile_remainderOfAProcessThatWasJustKilled_isRemovedAtOnce) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+        OutputFile file(folder / "a");
+        file.write(std::string(3 << 20, 'x'));
+        ::raise(SIGKILL);
+    }
+    ::waitpid(child, nullptr, 0);
+    EXPECT_TRUE(std::filesystem::exists(folder / (".a.tmp." + std::to_string(child))));
+    const OutputFile file(folder / "a");
+    EXPECT_FALSE(std::filesystem::exists(folder / (".a.tmp." + std::to_string(child))));
+}
+
+/// As it looks from another container, where its process has another number.
+TEST_F(OutputFileTest, OutputFile_temporaryOfAProcessThatCannotBeSeen_isLeftAloneWhileItIsLocked) {
+    const pid_t child = ::fork();
+    if (child == 0) ::_exit(0);
+    ::waitpid(child, nullptr, 0);
+    const auto foreign = write(".a.tmp." + std::to_string(child), "in work");
+    std::filesystem::last_write_time(foreign,
+                                     std::filesystem::file_time_type::clock::now() - std::chrono::hours(2));
+    const int holder = ::open(foreign.c_str(), O_RDONLY | O_CLOEXEC);
+    ASSERT_EQ(::flock(holder, LOCK_EX), 0);
+    { const OutputFile file(folder / "a"); }
+    EXPECT_TRUE(std::filesystem::exists(foreign));
+    ::close(holder);
+    { const OutputFile file(folder / "a"); }
+    EXPECT_FALSE(std::filesystem::exists(foreign));
+}
+
+TEST_F(OutputFileTest, OutputFile_temporaryOfTheSameNameInWorkElsewhere_isRefused) {
+    const auto foreign = write(".a.tmp." + std::to_string(::getpid()), "in work");
+    const int holder = ::open(foreign.c_str(), O_RDONLY | O_CLOEXEC);
+    ASSERT_EQ(::flock(holder, LOCK_EX), 0);
+    expectHas(sentenceOf(Fault::Output, [&] { OutputFile second(folder / "a"); }),
+              "is already being written by another program");
+    ::close(holder);
+    EXPECT_EQ(read(foreign), "in work");
 }
 
 TEST_F(OutputFileTest, OutputFile_veryLongName_isWritten) {

@@ -27,6 +27,8 @@ ALLOWED = {
                             "workbench/report"],
     "workbench/gl": ["host", "workbench"],
     "workbench/files": ["host/rendering/RGBAHalf", "workbench/files", "workbench/report"],
+    "workbench/files/reader": ["host/rendering/RGBAHalf", "workbench/files", "workbench/platform",
+                               "workbench/report"],
     "workbench/objects": ["host", "plugin", "workbench/objects", "workbench/files", "workbench/report"],
     "apps": ["host", "workbench", "apps"],
 }

@@ -15,6 +15,7 @@
 
 #include <fcntl.h>
 #include <stdio.h> // renameat2 and RENAME_NOREPLACE
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -58,17 +59,21 @@ bool isOpenHere(const fs::path& temporary) {
     return false;
 }
 
+bool isFull(int error) { return error == ENOSPC || error == EDQUOT || error == EFBIG; }
+
 std::string adviceFor(int error) {
-    if (error == ENOSPC || error == EDQUOT || error == EFBIG)
-        return "Make room on the disk, or choose another place";
+    if (isFull(error)) return "Make room on the disk, or choose another place";
     if (error == EACCES || error == EPERM || error == EROFS) return "Choose a place where you may write";
     return {};
 }
 
-[[noreturn]] void fail(const fs::path& name, std::string what, int error) {
-    throw Failure(
-        Fault::Output,
-        {name.string(), std::move(what), "", error ? std::strerror(error) : "", adviceFor(error), {}});
+[[noreturn]] void fail(const fs::path& name, std::string what, int error, std::string expected = {}) {
+    throw Failure(Fault::Output, {name.string(),
+                                  std::move(what),
+                                  std::move(expected),
+                                  error ? std::strerror(error) : "",
+                                  adviceFor(error),
+                                  {}});
 }
 
 /// The name is cut so that the temporary of a target with a very long name stays below the file system's
@@ -77,8 +82,29 @@ fs::path temporaryPrefix(const fs::path& target) {
     return target.parent_path() / ("." + target.filename().string().substr(0, 200) + ".tmp.");
 }
 
-/// A temporary whose process is gone is a remainder of a killed run. The hour keeps away from files that
-/// another machine, whose processes cannot be seen here, is writing on a shared disk.
+enum class Lock { Free, Held, Unknown };
+
+/// Who writes a temporary holds a lock on it, which the system lets go of with the process. Not every file
+/// system has locks.
+Lock lockOf(const fs::path& temporary) {
+    const int file = ::open(temporary.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
+    if (file < 0) return Lock::Unknown;
+    const int problem = ::flock(file, LOCK_EX | LOCK_NB) == 0 ? 0 : errno;
+    ::close(file);
+    return problem == 0 ? Lock::Free : problem == EWOULDBLOCK ? Lock::Held : Lock::Unknown;
+}
+
+/// A temporary whose process is gone is a remainder of a killed run. Processes of other machines, and those
+/// of other containers, cannot be seen here: their locks can. Without locks an hour must have passed.
+bool isRemainder(const fs::directory_entry& entry, pid_t process) {
+    if (::kill(process, 0) != -1 || errno != ESRCH) return false;
+    const Lock lock = lockOf(entry.path());
+    if (lock != Lock::Unknown) return lock == Lock::Free;
+    std::error_code problem;
+    const auto written = entry.last_write_time(problem);
+    return !problem && fs::file_time_type::clock::now() - written >= std::chrono::hours(1);
+}
+
 void removeRemainders(const fs::path& target) {
     const std::string prefix = temporaryPrefix(target).filename().string();
     std::error_code ignored;
@@ -89,9 +115,7 @@ void removeRemainders(const fs::path& target) {
         const auto [end, parsed] =
             std::from_chars(found.data() + prefix.size(), found.data() + found.size(), process);
         if (parsed != std::errc{} || end != found.data() + found.size() || process <= 0) continue;
-        const auto written = entry.last_write_time(ignored);
-        if (ignored || fs::file_time_type::clock::now() - written < std::chrono::hours(1)) continue;
-        if (::kill(process, 0) == -1 && errno == ESRCH) ::unlink(entry.path().c_str());
+        if (isRemainder(entry, process)) ::unlink(entry.path().c_str());
     }
 }
 
@@ -142,24 +166,25 @@ void OutputFile::checkTarget() const {
     if (::access(name.c_str(), W_OK) != 0) fail(name, "cannot be written", errno);
 }
 
+void OutputFile::refuseSecondWriter(const char* what) const {
+    throw Failure(Fault::Output, {name.string(), what, "", "", "Give each output a name of its own", {}});
+}
+
 void OutputFile::createTemporary() {
     removeRemainders(name);
     temporaryName = temporaryPrefix(name).string() + std::to_string(::getpid());
-    if (isOpenHere(temporaryName))
-        throw Failure(Fault::Output, {name.string(),
-                                      "is already being written by this program",
-                                      "",
-                                      "",
-                                      "Give each output a name of its own",
-                                      {}});
+    if (isOpenHere(temporaryName)) refuseSecondWriter("is already being written by this program");
     constexpr int Flags = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC;
     descriptor = ::open(temporaryName.c_str(), Flags, 0666);
-    if (descriptor < 0 && errno == EEXIST) { // left behind by an earlier process of the same number
+    if (descriptor < 0 && errno == EEXIST) { // of a process of the same number, gone or in another container
+        if (lockOf(temporaryName) == Lock::Held)
+            refuseSecondWriter("is already being written by another program");
         ::unlink(temporaryName.c_str());
         descriptor = ::open(temporaryName.c_str(), Flags, 0666);
     }
     if (descriptor < 0) fail(name, "cannot be written", errno);
     slot = enterTemporary(temporaryName);
+    ::flock(descriptor, LOCK_EX | LOCK_NB); // for removeRemainders of others
     struct stat old {};
     if (::stat(name.c_str(), &old) == 0 && ::fchmod(descriptor, old.st_mode & 07777U) != 0) {
         const int reason = errno;
@@ -196,7 +221,12 @@ void OutputFile::flush() {
     buffer.clear();
 }
 
-void OutputFile::throwFailure() const { fail(name, "cannot be written completely", error); }
+void OutputFile::throwFailure() const {
+    const bool isKnown =
+        isFull(error) && position() > 0; // a library may write into the temporary by its name
+    fail(name, "cannot be written completely", error,
+         isKnown ? "room for at least " + std::to_string(position()) + " bytes" : "");
+}
 
 void OutputFile::seek(std::uint64_t position) {
     if (position == this->position()) return;
@@ -221,8 +251,10 @@ void OutputFile::finish() {
 
 void OutputFile::closeToDisk() {
     // Some file systems cannot flush a file (EINVAL); there is nothing more to be done on them.
-    if (::fsync(descriptor) != 0 && errno != EINVAL && errno != EROFS) error = errno;
-    if (::close(std::exchange(descriptor, -1)) != 0 && error == 0) error = errno;
+    int flushed = 0;
+    while ((flushed = ::fsync(descriptor)) != 0 && errno == EINTR) continue;
+    if (flushed != 0 && errno != EINVAL && errno != EROFS) error = errno;
+    if (::close(std::exchange(descriptor, -1)) != 0 && errno != EINTR && error == 0) error = errno;
     if (failed()) throwFailure();
 }
 

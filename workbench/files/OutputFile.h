@@ -14,8 +14,10 @@ namespace workbench {
 
 /// Writes to a temporary `.<name>.tmp.<pid>` beside the target and renames it in `finish()`, so that the
 /// target is always the old or the new file, complete. Every write, the flush to the disk and the close are
-/// checked. An object that is destroyed without `finish()` removes its temporary. Not for use by several
-/// threads at once. All errors are Failure(Output).
+/// checked; on a full disk the failure names the bytes that are needed as far as they are known. An object
+/// that is destroyed without `finish()` removes its temporary; that of a process that was killed is removed by
+/// the next one that writes the same target. Not for use by several threads at once. All errors are
+/// Failure(Output).
 class KROD_FILES_API OutputFile {
 public:
     /// Creates the temporary. Refused: a missing folder, a target that is no regular file or is not writable,
@@ -50,6 +52,7 @@ public:
 private:
     void checkTarget() const;
     void createTemporary();
+    [[noreturn]] void refuseSecondWriter(const char* what) const;
     void flush();
     void discard() noexcept;
     void closeToDisk();

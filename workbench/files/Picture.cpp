@@ -6,10 +6,16 @@
 #include "workbench/files/codec/PictureCodec.h"
 #include "workbench/files/exr/ExrReader.h"
 #include "workbench/files/exr/ExrWriter.h"
+#include "workbench/files/reader/LocalReader.h"
+#include "workbench/files/reader/PictureHead.h"
+#include "workbench/files/reader/RemoteReader.h"
 #include "workbench/report/Failure.h"
 
 #include <algorithm>
+#include <charconv>
+#include <cstdlib>
 #include <stdexcept>
+#include <string_view>
 
 namespace workbench {
 namespace {
@@ -34,18 +40,35 @@ void checkExtraRows(const PictureDescription& about, int count, const ExtraRows*
 
 } // namespace
 
-std::unique_ptr<PictureReader> PictureReader::open(const std::filesystem::path& path) {
+std::chrono::milliseconds PictureLimits::usualTime() {
+    unsigned seconds = 30;
+    if (const char* const text = std::getenv("KROD_PICTURE_SECONDS")) {
+        const std::string_view digits = text;
+        std::from_chars(digits.data(), digits.data() + digits.size(), seconds);
+    }
+    return std::chrono::seconds(seconds);
+}
+
+std::unique_ptr<PictureReader> PictureReader::open(const std::filesystem::path& path,
+                                                   const PictureLimits& limits) {
     checkInputFile(path);
-    if (hasExrMagic(path)) return std::make_unique<ExrReader>(path);
-    if (lowerExtension(path) == "exr")
+    if (lowerExtension(path) == "exr" && !hasExrMagic(path))
         throw Failure(Fault::Input, {path.string(),
                                      "is named .exr but is no EXR file",
                                      "the four bytes 76 2f 31 01 at its start",
                                      "other ones",
                                      "Check how the file was made, or give it its right extension",
                                      {}});
+    checkDeclaredSize(path);
+    return std::make_unique<RemoteReader>(path, limits, ReaderProgram::usual());
+}
+
+std::unique_ptr<PictureReader> openPictureHere(const std::filesystem::path& path) {
+    if (hasExrMagic(path)) return std::make_unique<ExrReader>(path);
     return pictureCodec().open(path);
 }
+
+void loadPictureCodec() { static_cast<void>(pictureCodec()); }
 
 void PictureReader::readRows(int first, int count, krod::RGBAHalf* out, ExtraRows* extra) {
     if (first < 0 || count < 0 || first > about.height - count)
@@ -56,11 +79,14 @@ void PictureReader::readRows(int first, int count, krod::RGBAHalf* out, ExtraRow
         for (std::size_t i = 0; i < extra->size(); ++i)
             (*extra)[i].resize(values * about.extraChannels[i].bytesPerValue());
     }
+    firstRow = first;
+    rowOverflows.assign(static_cast<std::size_t>(count), 0);
     decodeRows(first, count, out, extra);
     countedRows = std::max(countedRows, first + count);
 }
 
 void PictureReader::countOverflows(int row, std::uint64_t count) {
+    rowOverflows[static_cast<std::size_t>(row - firstRow)] += count;
     if (row >= countedRows) overflows += count;
 }
 
@@ -90,7 +116,8 @@ PictureWriter::PictureWriter(std::filesystem::path path, PictureDescription desc
                              const WriteOptions& options)
     : file(std::move(path)),
       about(std::move(description)),
-      storedDepth(outputDepth(file, about.depth, options.depth)) {
+      storedDepth(outputDepth(file, about.depth, options.depth)),
+      tileSide(options.tileSide) {
     const PictureFormat& format = outputFormat(file);
     requireSideWithin(format, file, std::max(about.width, about.height));
     if (about.hasAlpha && !format.holdsAlpha) {
@@ -111,8 +138,31 @@ void PictureWriter::writeRows(int first, int count, const krod::RGBAHalf* pixels
     nextRow += count;
 }
 
+void PictureWriter::writeBlock(const PixelWindow& part, const krod::RGBAHalf* pixels) {
+    const auto isPart = [&](int begin, int length, int total) {
+        const bool ends = length == total - begin || (tileSide > 0 && length % tileSide == 0);
+        return tileSide > 0 && begin >= 0 && begin % tileSide == 0 && length > 0 && length <= total - begin &&
+               ends;
+    };
+    if (nextRow > 0 || !isPart(part.x, part.width, about.width) || !isPart(part.y, part.height, about.height))
+        throw std::logic_error("a part of a picture does not consist of its tiles");
+    encodeBlock(part, pixels);
+    blockPixels += std::int64_t{part.width} * part.height;
+}
+
+void PictureWriter::encodeBlock(const PixelWindow&, const krod::RGBAHalf*) {
+    throw std::logic_error("the format of a picture has no tiles");
+}
+
+std::uint64_t PictureWriter::mostBytes() const {
+    std::uint64_t bytes =
+        ((about.isGrey ? 1U : 3U) + (about.hasAlpha ? 1U : 0U)) * bytesPerValue(storedDepth);
+    for (const ExtraChannel& channel : about.extraChannels) bytes += channel.bytesPerValue();
+    return bytes * static_cast<std::uint64_t>(about.width) * static_cast<std::uint64_t>(about.height);
+}
+
 void PictureWriter::finish() {
-    if (nextRow != about.height)
+    if (nextRow != about.height && blockPixels != std::int64_t{about.width} * about.height)
         throw std::logic_error("a picture is finished before all its rows are written");
     complete();
 }

@@ -7,6 +7,7 @@
 #include "workbench/files/PictureDescription.h"
 #include "workbench/files/PictureFormat.h"
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
@@ -15,13 +16,27 @@
 
 namespace workbench {
 
+/// What reading a picture may take of the machine.
+struct KROD_FILES_API PictureLimits {
+    /// Without any progress; more for a picture so large that decoding it takes its time.
+    std::chrono::milliseconds time = usualTime();
+    /// Bytes, whatever the picture declares; less for a picture that declares little.
+    std::uint64_t memory = std::uint64_t{64} << 30;
+
+    /// 30 s, or as many as the environment variable KROD_PICTURE_SECONDS says, for slow machines and
+    /// instrumented builds.
+    [[nodiscard]] static std::chrono::milliseconds usualTime();
+};
+
 /// A picture that is read by rows from the top; memory stays at a few hundred rows where the format allows.
 /// Values are as stored, integers divided by their maximum; grey is red, green and blue alike; missing alpha
 /// is 1 and alpha is never multiplied into the colour nor divided out of it. All errors are Failure(Input).
 class KROD_FILES_API PictureReader {
 public:
-    /// Opens a picture of any readable format and checks its head.
-    [[nodiscard]] static std::unique_ptr<PictureReader> open(const std::filesystem::path& path);
+    /// Opens a picture of any readable format and checks its head. It is decoded by another process, so that a
+    /// broken file can end that one at most; rows that will be asked for next are decoded ahead.
+    [[nodiscard]] static std::unique_ptr<PictureReader> open(const std::filesystem::path& path,
+                                                             const PictureLimits& limits = {});
     virtual ~PictureReader() = default;
     PictureReader(const PictureReader&) = delete;
     PictureReader& operator=(const PictureReader&) = delete;
@@ -35,12 +50,15 @@ public:
 
     /// How many finite values became infinite as halves; each row counts once when rows are read downwards.
     [[nodiscard]] std::uint64_t overflowCount() const { return overflows; }
+    /// The same for each of the rows that were read last.
+    [[nodiscard]] const std::vector<std::uint64_t>& overflowsByRow() const { return rowOverflows; }
 
 protected:
     explicit PictureReader(std::filesystem::path path) : file(std::move(path)) {}
 
     /// Decodes rows that are known to lie inside; `extra` has its right size.
     virtual void decodeRows(int first, int count, krod::RGBAHalf* out, ExtraRows* extra) = 0;
+    /// For one of these rows.
     void countOverflows(int row, std::uint64_t count);
 
     std::filesystem::path file;
@@ -49,6 +67,8 @@ protected:
 private:
     int countedRows = 0; ///< rows above this one have had their overflows counted
     std::uint64_t overflows = 0;
+    int firstRow = 0; ///< of the rows that were read last
+    std::vector<std::uint64_t> rowOverflows;
 };
 
 /// A picture that is written by rows from the top. It appears under its name in `finish()`, complete;
@@ -69,7 +89,14 @@ public:
     /// description with additional channels needs their rows in `extra` when the format is EXR.
     void writeRows(int first, int count, const krod::RGBAHalf* pixels, const ExtraRows* extra = nullptr);
 
-    /// Completes the file; all rows must have been written.
+    /// Writes a part of a picture that is stored in tiles, in any order, each pixel once. It begins at a border
+    /// of tiles and ends at one or at the picture's edge (else std::logic_error). The pixels are its rows.
+    void writeBlock(const PixelWindow& part, const krod::RGBAHalf* pixels);
+
+    /// What the file takes at most where nothing is gained by compression, without its head.
+    [[nodiscard]] std::uint64_t mostBytes() const;
+
+    /// Completes the file; all pixels must have been written.
     void finish();
 
     /// The depth that is written.
@@ -88,6 +115,8 @@ protected:
     PictureWriter(std::filesystem::path path, PictureDescription description, const WriteOptions& options);
 
     virtual void encodeRows(int first, int count, const krod::RGBAHalf* pixels, const ExtraRows* extra) = 0;
+    /// Of a writer that stores no tiles, throws std::logic_error.
+    virtual void encodeBlock(const PixelWindow& part, const krod::RGBAHalf* pixels);
     virtual void complete() = 0;
 
     std::filesystem::path file;
@@ -96,7 +125,9 @@ protected:
     std::vector<std::string> droppedNames;
 
 private:
+    int tileSide;
     int nextRow = 0;
+    std::int64_t blockPixels = 0; ///< written in blocks
 };
 
 /// A whole picture; pixels from the top row on.

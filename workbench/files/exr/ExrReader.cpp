@@ -4,16 +4,15 @@
 #include "workbench/files/PixelConversion.h"
 #include "workbench/files/Reason.h"
 #include "workbench/files/exr/ExrChannels.h"
+#include "workbench/files/exr/ExrLibrary.h"
 #include "workbench/files/exr/ExrMetadata.h"
 #include "workbench/report/Failure.h"
 
 #include <OpenEXR/ImfHeader.h>
 #include <OpenEXR/ImfPartType.h>
-#include <OpenEXR/ImfThreading.h>
 
 #include <algorithm>
 #include <fstream>
-#include <thread>
 
 namespace workbench {
 namespace {
@@ -23,18 +22,6 @@ constexpr int StepRows = 64;
 
 constexpr half_float::half krod::RGBAHalf::*Members[4] = {&krod::RGBAHalf::r, &krod::RGBAHalf::g,
                                                           &krod::RGBAHalf::b, &krod::RGBAHalf::a};
-
-/// The library's limits stand in for its checks of the head, which come before ours. Its decoding threads are
-/// started once for the process.
-void prepareLibrary() {
-    static const bool done = [] {
-        Imf::Header::setMaxImageSize(LargestSide, LargestSide);
-        Imf::Header::setMaxTileSize(LargestSide, LargestSide);
-        Imf::setGlobalThreadCount(static_cast<int>(std::clamp(std::thread::hardware_concurrency(), 1U, 16U)));
-        return true;
-    }();
-    static_cast<void>(done);
-}
 
 [[noreturn]] void failReading(const std::filesystem::path& path, std::string what,
                               const std::exception& reason) {
@@ -46,6 +33,34 @@ void prepareLibrary() {
                                  {}});
 }
 
+/// The rows that are compressed together.
+int rowsPerBlock(Imf::Compression compression) {
+    switch (compression) {
+    case Imf::NO_COMPRESSION:
+    case Imf::RLE_COMPRESSION:
+    case Imf::ZIPS_COMPRESSION:
+        return 1;
+    case Imf::ZIP_COMPRESSION:
+    case Imf::PXR24_COMPRESSION:
+        return 16;
+    case Imf::DWAB_COMPRESSION:
+        return 256;
+    default:
+        return 32;
+    }
+}
+
+/// What the library holds while rows are read: a row of tiles, or the blocks that its threads work on, each
+/// compressed, decompressed and on the way between; and our own rows before their values become halves. As on
+/// a machine with many threads, so that pictures are cut alike everywhere.
+std::uint64_t bytesWhileReading(const Imf::Header& header, std::int64_t width, std::int64_t bytesPerPixel) {
+    const std::int64_t rowBytes = width * bytesPerPixel, blocks = 2 * MostExrThreads;
+    const std::int64_t held = header.hasTileDescription()
+                                  ? rowBytes * header.tileDescription().ySize
+                                  : 3 * blocks * rowBytes * rowsPerBlock(header.compression());
+    return static_cast<std::uint64_t>(held + StepRows * rowBytes);
+}
+
 } // namespace
 
 bool hasExrMagic(const std::filesystem::path& path) {
@@ -55,9 +70,9 @@ bool hasExrMagic(const std::filesystem::path& path) {
 }
 
 ExrReader::ExrReader(const std::filesystem::path& path) : PictureReader(path) {
-    prepareLibrary();
+    prepareExrLibrary();
     try {
-        input = std::make_unique<Imf::MultiPartInputFile>(path.c_str());
+        input = std::make_unique<Imf::MultiPartInputFile>(path.c_str(), exrThreads());
         openPart();
     } catch (const Failure&) {
         throw;
@@ -91,6 +106,7 @@ void ExrReader::openPart() {
     about.dataY = data.min.y;
     about.displayWindow = {display.min.x, display.min.y, display.max.x - display.min.x + 1,
                            display.max.y - display.min.y + 1};
+    about.readerBytes = bytesWhileReading(header, width, bytes);
     enterChannels(file, header.channels(), about);
     for (std::size_t i = 0; i < 4; ++i) {
         const Imf::Channel* channel = header.channels().findChannel(about.channelNames[i]);
@@ -129,9 +145,11 @@ void ExrReader::convertFloats(std::size_t channel, int first, int count, krod::R
 
 void ExrReader::decodeStep(int first, int count, krod::RGBAHalf* out, Imf::FrameBuffer& buffer) {
     const std::size_t pixels = static_cast<std::size_t>(about.width) * static_cast<std::size_t>(count);
-    std::fill_n(out, pixels,
-                krod::RGBAHalf{half_float::half(0.0F), half_float::half(0.0F), half_float::half(0.0F),
-                               half_float::half(1.0F)});
+    const auto& names = about.channelNames;
+    if (std::any_of(names.begin(), names.end(), [](const std::string& name) { return name.empty(); }))
+        std::fill_n(out, pixels,
+                    krod::RGBAHalf{half_float::half(0.0F), half_float::half(0.0F), half_float::half(0.0F),
+                                   half_float::half(1.0F)});
     for (std::size_t i = 0; i < 4; ++i)
         if (!about.channelNames[i].empty()) insertColour(i, first, count, out, buffer);
     try {

@@ -3,12 +3,15 @@
 
 #include "workbench/files/Reason.h"
 #include "workbench/files/exr/ExrChannels.h"
+#include "workbench/files/exr/ExrLibrary.h"
 #include "workbench/files/exr/ExrMetadata.h"
 #include "workbench/report/Failure.h"
 
 #include <OpenEXR/ImfChannelList.h>
+#include <OpenEXR/ImfTileDescription.h>
 
 #include <algorithm>
+#include <stdexcept>
 
 namespace workbench {
 namespace {
@@ -28,7 +31,15 @@ ExrWriter::ExrWriter(const std::filesystem::path& path, const PictureDescription
       copiesHalves(storedDepth == PixelDepth::Half && !options.srgb),
       target(path, options.noClobber),
       stream(target) {
-    guarded([&] { output = std::make_unique<Imf::OutputFile>(stream, header(options)); });
+    prepareExrLibrary();
+    if (options.tileSide > 0 && !about.extraChannels.empty())
+        throw std::logic_error("additional channels are stored in scan lines only");
+    guarded([&] {
+        if (options.tileSide > 0)
+            tiles = std::make_unique<Imf::TiledOutputFile>(stream, header(options), exrThreads());
+        else
+            output = std::make_unique<Imf::OutputFile>(stream, header(options), exrThreads());
+    });
 }
 
 Imf::Header ExrWriter::header(const WriteOptions& options) {
@@ -41,6 +52,11 @@ Imf::Header ExrWriter::header(const WriteOptions& options) {
                        window(about.dataX, about.dataY, about.width, about.height));
     enterMetadata(about.metadata, result, droppedNames);
     if (options.compression == ExrCompression::None) result.compression() = Imf::NO_COMPRESSION;
+    if (options.tileSide > 0) {
+        const auto side = static_cast<unsigned>(options.tileSide);
+        result.setTileDescription(Imf::TileDescription(side, side, Imf::ONE_LEVEL));
+        result.lineOrder() = Imf::RANDOM_Y; // any other one keeps tiles in memory until their turn comes
+    }
     const Imf::PixelType type = storedDepth == PixelDepth::Half ? Imf::HALF : Imf::FLOAT;
     for (std::size_t i = 0; i < (about.isGrey ? 1U : 3U); ++i)
         result.channels().insert(channelName(about, i), Imf::Channel(type));
@@ -61,13 +77,28 @@ void ExrWriter::guarded(const std::function<void()>& work) {
     }
 }
 
-void ExrWriter::insertColour(std::size_t channel, int first, const std::byte* base, std::size_t stride,
-                             Imf::FrameBuffer& buffer) const {
+/// The colours and alpha of a part of the picture, as they are stored.
+Imf::FrameBuffer ExrWriter::colours(const PixelWindow& part, const krod::RGBAHalf* pixels) {
+    const auto width = static_cast<std::size_t>(part.width);
+    const std::size_t size = bytesPerValue(storedDepth), stride = 4 * size;
+    const auto* base = reinterpret_cast<const std::byte*>(pixels);
+    if (!copiesHalves) {
+        const std::size_t count = width * static_cast<std::size_t>(part.height);
+        encoded.resize(count * stride);
+        encoder.encode(pixels, count, encoded.data());
+        base = encoded.data();
+    }
     const Imf::PixelType type = storedDepth == PixelDepth::Half ? Imf::HALF : Imf::FLOAT;
-    buffer.insert(channelName(about, channel),
-                  Imf::Slice::Make(type, base + channel * bytesPerValue(storedDepth),
-                                   Imath::V2i(about.dataX, about.dataY + first), about.width, StepRows,
-                                   stride, stride * static_cast<std::size_t>(about.width)));
+    Imf::FrameBuffer buffer;
+    const auto insert = [&](std::size_t channel) {
+        buffer.insert(channelName(about, channel),
+                      Imf::Slice::Make(type, base + channel * size,
+                                       Imath::V2i(about.dataX + part.x, about.dataY + part.y), part.width,
+                                       part.height, stride, stride * width));
+    };
+    for (std::size_t i = 0; i < (about.isGrey ? 1U : 3U); ++i) insert(i);
+    if (about.hasAlpha) insert(3);
+    return buffer;
 }
 
 void ExrWriter::insertExtra(int first, std::size_t rowOffset, const ExtraRows& extra,
@@ -84,21 +115,12 @@ void ExrWriter::insertExtra(int first, std::size_t rowOffset, const ExtraRows& e
 }
 
 void ExrWriter::encodeRows(int first, int count, const krod::RGBAHalf* pixels, const ExtraRows* extra) {
+    if (!output) throw std::logic_error("a picture that is stored in tiles is written in blocks");
     const auto width = static_cast<std::size_t>(about.width);
-    const std::size_t stride = 4 * bytesPerValue(storedDepth);
     for (int row = 0; row < count; row += StepRows) {
         const int rows = std::min(StepRows, count - row);
-        const krod::RGBAHalf* from = pixels + static_cast<std::size_t>(row) * width;
-        const auto* base = reinterpret_cast<const std::byte*>(from);
-        if (!copiesHalves) {
-            encoded.resize(static_cast<std::size_t>(rows) * width * stride);
-            encoder.encode(from, static_cast<std::size_t>(rows) * width, encoded.data());
-            base = encoded.data();
-        }
-        Imf::FrameBuffer buffer;
-        for (std::size_t i = 0; i < (about.isGrey ? 1U : 3U); ++i)
-            insertColour(i, first + row, base, stride, buffer);
-        if (about.hasAlpha) insertColour(3, first + row, base, stride, buffer);
+        Imf::FrameBuffer buffer =
+            colours({0, first + row, about.width, rows}, pixels + static_cast<std::size_t>(row) * width);
         if (extra) insertExtra(first + row, static_cast<std::size_t>(row), *extra, buffer);
         guarded([&] {
             output->setFrameBuffer(buffer);
@@ -107,8 +129,23 @@ void ExrWriter::encodeRows(int first, int count, const krod::RGBAHalf* pixels, c
     }
 }
 
+void ExrWriter::encodeBlock(const PixelWindow& part, const krod::RGBAHalf* pixels) {
+    if (!tiles) return PictureWriter::encodeBlock(part, pixels);
+    const int wide = static_cast<int>(tiles->tileXSize()), high = static_cast<int>(tiles->tileYSize());
+    const int left = part.x / wide, right = (part.x + part.width - 1) / wide;
+    for (int row = 0; row < part.height; row += high) {
+        const PixelWindow step{part.x, part.y + row, part.width, std::min(high, part.height - row)};
+        const Imf::FrameBuffer buffer = colours(step, pixels + std::ptrdiff_t{row} * part.width);
+        guarded([&] {
+            tiles->setFrameBuffer(buffer);
+            tiles->writeTiles(left, right, step.y / high, step.y / high);
+        });
+    }
+}
+
 void ExrWriter::complete() {
     output.reset(); // writes the table of rows; an error there does not leave the library
+    tiles.reset();
     if (target.failed()) target.throwFailure();
     target.finish();
 }

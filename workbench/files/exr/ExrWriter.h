@@ -10,12 +10,13 @@
 #include <OpenEXR/ImfHeader.h>
 #include <OpenEXR/ImfIO.h>
 #include <OpenEXR/ImfOutputFile.h>
+#include <OpenEXR/ImfTiledOutputFile.h>
 
 #include <functional>
 
 namespace workbench {
 
-/// Scan lines from the top, half or float. Halves are written without conversion, NaN payloads included.
+/// Scan lines from the top or tiles in the order of their writing, half or float. Halves are written without conversion, NaN payloads included.
 class ExrWriter : public PictureWriter {
 public:
     ExrWriter(const std::filesystem::path& path, const PictureDescription& description,
@@ -35,11 +36,11 @@ private:
     };
 
     [[nodiscard]] Imf::Header header(const WriteOptions& options);
-    void insertColour(std::size_t channel, int first, const std::byte* base, std::size_t stride,
-                      Imf::FrameBuffer& buffer) const;
+    [[nodiscard]] Imf::FrameBuffer colours(const PixelWindow& part, const krod::RGBAHalf* pixels);
     void insertExtra(int first, std::size_t rowOffset, const ExtraRows& extra,
                      Imf::FrameBuffer& buffer) const;
     void encodeRows(int first, int count, const krod::RGBAHalf* pixels, const ExtraRows* extra) override;
+    void encodeBlock(const PixelWindow& part, const krod::RGBAHalf* pixels) override;
     void complete() override;
     void guarded(const std::function<void()>& work);
 
@@ -47,7 +48,8 @@ private:
     bool copiesHalves; ///< the caller's pixels are written as they lie in memory
     OutputFile target;
     Stream stream;
-    std::unique_ptr<Imf::OutputFile> output; ///< after the stream, since its destructor writes
+    std::unique_ptr<Imf::OutputFile> output;     ///< after the stream, since its destructor writes
+    std::unique_ptr<Imf::TiledOutputFile> tiles; ///< one of the two is there
     std::vector<std::byte> encoded;
 };
 
