@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "apps/plime/ModuleInstance.h"
 
-#include "apps/plime/ArrayLimit.h"
 #include "apps/plime/Suggest.h"
 #include "apps/plime/Text.h"
 #include "apps/plime/TextFile.h"
+#include "workbench/gl/ArrayLimit.h"
 
 #include <algorithm>
 #include <new>
@@ -92,6 +92,9 @@ ModuleInstance::ModuleInstance(CatalogueEntry entry, const ModuleRequest& reques
 void ModuleInstance::set(const std::string& name, const std::string& text, Limits limits) {
     const bool isText = dynamic_cast<const TypedValue<std::string>*>(&parameter(name).value()) != nullptr;
     const bool isFile = isText && text.starts_with('@');
+    if (isFile && text.size() == 1)
+        refuse(who(), "parameter \"" + name + "\" is to be read from a file without a name", "@FILE",
+               quoted(text), "");
     setText(name, isFile ? readTextFile(text.substr(1)) : text, limits);
     if (isFile) files.emplace(name, text.substr(1));
 }

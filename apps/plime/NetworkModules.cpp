@@ -111,6 +111,7 @@ void NetworkModules::share(const NetworkSharing& sharing, Limits limits) {
             inPlace(sharing.place, end.object,
                     [&] { modules.at(end.object)->setText(end.parameter, first.value().text(), limits); });
     }
+    for (const End& end : sharing.ends) parameterOf(end).shareValue(parameterOf(sharing.ends.front()));
 }
 
 void NetworkModules::connect(const NetworkObject& object) {
@@ -172,8 +173,19 @@ void NetworkModules::set(const std::vector<std::string>& settings, Limits limits
                                              '"' + setting + '"',
                                              "",
                                              {}});
-            modules.at(each.object)->set(each.parameter, text, limits);
+            setOf(each, text, limits);
         }
+    }
+}
+
+void NetworkModules::setOf(const End& end, const std::string& text, Limits limits) {
+    try {
+        modules.at(end.object)->set(end.parameter, text, limits);
+    } catch (const Failure& failure) {
+        if (failure.fault() != Fault::Usage) throw;
+        Diagnostic message = failure.diagnostic();
+        message.who = "--set, " + end.object + ", " + message.who;
+        throw Failure(failure.fault(), message);
     }
 }
 

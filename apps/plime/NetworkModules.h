@@ -42,6 +42,8 @@ private:
 
     void setUp(const Catalogue& catalogue, const NetworkObject& object, Limits limits);
     void share(const NetworkSharing& sharing, Limits limits);
+    /// Sets one parameter; a failure names its object.
+    void setOf(const End& end, const std::string& text, Limits limits);
     void connect(const NetworkObject& object);
     void requireDrawable(const NetworkView& view) const;
     [[nodiscard]] std::vector<End> endsWith(const End& end) const;

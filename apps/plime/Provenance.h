@@ -3,6 +3,7 @@
 #pragma once
 
 #include "apps/plime/ModuleInstance.h"
+#include "workbench/files/PictureFormat.h"
 #include "workbench/gl/SceneRenderer.h"
 #include "workbench/network/Network.h"
 
@@ -39,6 +40,12 @@ public:
     /// The same of a picture that is drawn, where it is cut for them.
     void setProcessorTiles(int width, int height, int overlap) {
         view().processorTiles = {width, height, overlap};
+    }
+
+    /// What was asked of the file: -d and --srgb.
+    void setOutput(const WriteOptions& options) {
+        view().depth = options.depth;
+        view().srgb = options.srgb;
     }
 
     /// Everything; paths are as they were given.

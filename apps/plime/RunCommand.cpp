@@ -5,6 +5,7 @@
 #include "apps/plime/Numbers.h"
 #include "apps/plime/PictureProcessing.h"
 #include "apps/plime/PictureRendering.h"
+#include "workbench/files/PictureFormat.h"
 #include "workbench/network/NetworkFile.h"
 
 #include <algorithm>
@@ -18,7 +19,7 @@ Makes the pictures of a saved network: one for each of its views. Networks are
 written by --save-network of "plime render" and "plime process", are kept in
 the pictures that these write, and can be written by hand: docs/network.md.
 The picture is the same, byte for byte, as long as files, plug-ins and driver
-are, and -d and --srgb are those of the first time.
+are, and the format is that of the first time.
 
   -o, --output OUT    the picture to write; {view} in it stands for the name of
                       the view, and must be there where the network has several.
@@ -26,8 +27,9 @@ are, and -d and --srgb are those of the first time.
   --set OBJECT.PARAM=VALUE   sets a parameter, with all that share its value;
                       VALUE can be @FILE, as with -p
   --unchecked         accepts values outside of their limits
-  -d, --depth D       half, float, uint8 or uint16
-  --srgb              encodes the colours for viewing
+  -d, --depth D       half, float, uint8 or uint16; else as the network says
+  --srgb              encodes the colours for viewing, also where the network
+                      does not say so
   --size WxH, --camera …, --up …, --background …
                       instead of what the network says of its drawn views, as
                       "plime render" takes them
@@ -62,7 +64,7 @@ public:
     }
 
     int run(Session& session) override {
-        static_cast<void>(wish.writeOptions(session.options()));
+        const WriteOptions asked = wish.writeOptions(session.options());
         Network network = readNetwork(path);
         const auto folder = std::filesystem::path(path).parent_path();
         changePaths(network, [&](const std::string& file) { return (folder / file).string(); });
@@ -75,7 +77,7 @@ public:
         network = modules.network();
         OpenGLOnDemand openGL(session.options());
         for (std::size_t i = 0; i < outputs.size(); ++i) {
-            wish.path = outputs[i];
+            wishFor(outputs[i], network.views[i], asked, session.report());
             make(session, openGL, modules, partFor(network, network.views[i]));
             session.report().note(outputs[i] + " is written.");
         }
@@ -97,6 +99,20 @@ private:
             if (given)
                 throw Failure(Fault::Usage,
                               {option, "has no meaning here: " + path + " draws nothing", "", "", "", {}});
+    }
+
+    /// What is not typed comes from the view. A depth that the format does not hold was meant for another one.
+    void wishFor(const std::string& output, const NetworkView& shown, const WriteOptions& asked,
+                 Report& report) {
+        wish = {output, {}, asked.srgb || shown.srgb};
+        const std::optional<PixelDepth> depth = asked.depth ? asked.depth : shown.depth;
+        const auto& held = outputFormat(output).depths;
+        if (!depth) return;
+        wish.depth = depthName(*depth);
+        if (asked.depth || std::ranges::find(held, *depth) != held.end()) return;
+        report.warning(
+            {output, "cannot have the depth " + *wish.depth + " of the view " + shown.name, "", "", "", {}});
+        wish.depth.reset();
     }
 
     /// Makes the picture of a network's only view.

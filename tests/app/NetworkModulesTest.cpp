@@ -2,8 +2,8 @@
 // Networks of the plug-ins' own modules.
 #include "apps/plime/NetworkModules.h"
 
-#include "apps/plime/PluginSetup.h"
 #include "apps/plime/Provenance.h"
+#include "tests/app/ShippedModules.h"
 #include "workbench/network/NetworkFile.h"
 
 #include <gtest/gtest.h>
@@ -11,18 +11,8 @@
 namespace workbench {
 namespace {
 
-const Catalogue& catalogue() {
-    static PluginManager manager;
-    static const Catalogue modules = [] {
-        for (const PluginAttempt& attempt : loadPlugins(manager, {{TOVAR_PLIME, WORKBENCH_OBJECTS}, "", {}}))
-            EXPECT_EQ(attempt.outcome, PluginAttempt::Outcome::Loaded) << attempt.path;
-        return Catalogue::registered([](LibraryId library) { return manager.find(library); });
-    }();
-    return modules;
-}
-
 NetworkModules modulesOf(const std::string& text, Limits limits = Limits::Checked) {
-    return {catalogue(), networkFromText(text, "net.json"), "net.json", limits};
+    return {shippedModules(), networkFromText(text, "net.json"), "net.json", limits};
 }
 
 /// The sentence of a failure behind its exit code; "" without one.
@@ -69,9 +59,9 @@ void change(ModuleInstance& module, const std::string& name) {
 /// in a chain.
 Network everything() {
     Provenance provenance;
-    std::string last = provenance.add(ModuleInstance(catalogue().one("Scene/Knot")));
+    std::string last = provenance.add(ModuleInstance(shippedModules().one("Scene/Knot")));
     std::size_t count = 0;
-    for (const CatalogueEntry& entry : catalogue().entries()) {
+    for (const CatalogueEntry& entry : shippedModules().entries()) {
         if (entry.plugin != "tovar_plime") continue;
         ++count;
         ModuleInstance module(entry);
@@ -222,6 +212,23 @@ TEST(NetworkModules, sharedValue_goesToAllEnds) {
         "2 --set: sets soft.width twice — expected one value for all that share it, got \"other.width=8\".");
 }
 
+TEST(NetworkModules, sharedValue_isOneValue_alsoWhereNoneIsSet) {
+    const std::string other = R"("name": "other", "creator": "Display/Blurred", "input": "knot")";
+    const std::string text =
+        networkOf({Knot, Soft, other}, R"(, "shared": [["soft.width", "other.exponent"]])");
+    NetworkModules modules = modulesOf(text);
+    const Network before = modules.network();
+    EXPECT_TRUE(before.objects[1].parameters.empty() && before.objects[2].parameters.empty());
+    NetworkView view;
+    view.shows = "soft";
+    const ModuleInstance& soft = *modules.shownBy(view).displays[0];
+    view.shows = "other";
+    const ModuleInstance& blurred = *modules.shownBy(view).displays[0];
+    EXPECT_EQ(blurred.parameter("exponent").value().text(), "1.0") << "the first one's";
+    ASSERT_TRUE(blurred.parameter("exponent").setValueFromText("0.25"));
+    EXPECT_EQ(soft.parameter("width").value().text(), "0.25");
+}
+
 TEST(NetworkModules, sharedValues_ofAnotherTypeOrContradicting_areRefused) {
     EXPECT_EQ(
         refusalOf(networkOf({Knot, Soft, Halves}, ",\n\"shared\": [[\"other.width\", \"soft.samples\"]]")),
@@ -248,9 +255,12 @@ TEST(NetworkModules, settings_thatAreWrong_areMistakesOfTheCommandLine) {
     EXPECT_EQ(setting("sot.width=3"),
               "2 --set: names an object that is not in net.json — got \"sot\". Did you mean \"soft\"?");
     EXPECT_EQ(setting("soft.widht=3"),
-              "2 Display/Blurred: has no parameter \"widht\". Did you mean \"width\"?");
-    EXPECT_TRUE(
-        setting("soft.samples=17").starts_with("2 Display/Blurred: parameter \"samples\" is outside"));
+              "2 --set, soft, Display/Blurred: has no parameter \"widht\". Did you mean \"width\"?");
+    EXPECT_TRUE(setting("soft.samples=17")
+                    .starts_with("2 --set, soft, Display/Blurred: parameter \"samples\" is outside"));
+    EXPECT_TRUE(setting("soft.width=wide")
+                    .starts_with("2 --set, soft, Display/Blurred: parameter \"width\" cannot take this"));
+    EXPECT_EQ(modules.network().objects[1].parameters.size(), 0U) << "nothing was set";
     EXPECT_EQ(
         refusal([&] {
             modules.set({"soft.width=3", "soft.width=3"}, Limits::Checked);

@@ -71,7 +71,7 @@ TEST_F(PlimeRun, pictureDrawnInTiles_isTheSameBytes) {
 
 TEST_F(PlimeRun, drawnPictureCutForItsProcessors_isTheSameBytesWithMoreMemory) {
     expectSame({"render", "demo:galaxy", "--size", "600x500", "--tile", "128", "--overlap", "0", "--memory",
-                "4M", "-q", "--with", "Hollywood/PixelBlur", "-p", "width=3"});
+                "126M", "-q", "--with", "Hollywood/PixelBlur", "-p", "width=3"});
     EXPECT_NE(read(at("net.json")).find("\"processorTiles\": {"), std::string::npos);
 }
 
@@ -158,6 +158,38 @@ TEST_F(PlimeRun, setting_changesThePicture_andIsKept) {
     EXPECT_EQ(read(at("d.exr")), read(at("c.exr")));
 }
 
+TEST_F(PlimeRun, depthAndEncoding_areSaved_andReplacedByOptions) {
+    static_cast<void>(picture("in.exr", slope(20, 10)));
+    const Words command = {"process", "in.exr", "--with", "Hollywood/GammaCorrection",
+                           "-d",      "uint8",  "--srgb"};
+    expectSame(command, "png");
+    EXPECT_NE(read(at("net.json")).find("\"depth\": \"uint8\",\n      \"srgb\": true"), std::string::npos)
+        << read(at("net.json"));
+    expectSame(Words{"render", "demo:knot", "--size", "32x24", "-d", "float", "--srgb"});
+    expectSame(
+        Words{"render", "demo:knot", "--size", "64x48", "--tile", "32", "--overlap", "0", "-d", "uint8"},
+        "tif");
+    in(command + Words{"-o", "a.png", "--save-network", "net.json"});
+    in({"run", "net.json", "-o", "b.png", "-d", "uint16"});
+    EXPECT_EQ(workbench::readPicture(at("b.png")).description.depth, workbench::PixelDepth::UInt16);
+    EXPECT_NE(networkOf("b.png").find("\"depth\": \"uint16\""), std::string::npos);
+    EXPECT_EQ(in({"run", "net.json", "-o", "c.exr"}),
+              "plime: warning: c.exr: cannot have the depth uint8 of the view main.\n");
+    EXPECT_EQ(workbench::readPicture(at("c.exr")).description.depth, workbench::PixelDepth::Half);
+}
+
+TEST_F(PlimeRun, networksThatDoNotSayDepthAndEncoding_areAsBefore) {
+    static_cast<void>(picture("in.exr", slope(20, 10)));
+    in({"process", "in.exr", "-o", "a.png", "--with", "Hollywood/GammaCorrection", "--save-network",
+        "net.json"});
+    EXPECT_EQ(read(at("net.json")).find("depth"), std::string::npos);
+    EXPECT_EQ(read(at("net.json")).find("srgb"), std::string::npos);
+    in({"run", "net.json", "-o", "b.png", "--srgb"});
+    EXPECT_NE(read(at("b.png")), read(at("a.png")));
+    in({"run", "net.json", "-o", "b.png"});
+    EXPECT_EQ(read(at("b.png")), read(at("a.png")));
+}
+
 TEST_F(PlimeRun, uncheckedValue_needsUncheckedAgain) {
     in({"render", "demo:knot", "-o", "a.exr", "--size", "32x32", "--save-network", "a.json", "--display",
         "Display/Blurred", "--unchecked", "-p", "samples=17"});
@@ -216,6 +248,17 @@ TEST_F(PlimeRun, optionsWithoutMeaning_areRefused) {
                           "views": [{"name": "v", "picture": "in.exr", "processors": ["deep"]}]})");
     expectFailure(2, "--size: has no meaning here: " + at("net.json") + " draws nothing.",
                   Words{"run", at("net.json"), "-o", at("a.exr"), "--size", "8x8"});
+}
+
+TEST_F(PlimeRun, mistakenSetting_namesOptionObjectAndParameter) {
+    write("net.json",
+          R"({"version": 1, "objects": [{"name": "deep", "creator": "Hollywood/ColorGammaCorrection"}],
+                          "views": [{"name": "v", "picture": "in.exr", "processors": ["deep"]}]})");
+    expectFailure(
+        2,
+        "--set, deep, Hollywood/ColorGammaCorrection: parameter \"red\" is outside its limits — expected "
+        "-1.0 to 1.0, got 2.0. Set it nevertheless with --unchecked.",
+        Words{"run", at("net.json"), "-o", at("a.exr"), "--set", "deep.red=2"});
 }
 
 TEST_F(PlimeRun, networkThatCannotBeSaved_isSaidBeforeTheWork) {

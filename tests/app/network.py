@@ -40,6 +40,14 @@ MISTAKES = [
     (["views", 1, "camera"], {"eye": [0, 0, 1]}),
     (["views", 1, "camera", "fieldOfView"], 180),
     (["views", 1, "background"], [0, 0, 0]),
+    (["views", 0, "depth"], "uint12"),
+    (["views", 0, "depth"], 8),
+    (["views", 0, "srgb"], "yes"),
+    (["views", 0, "name"], "a\u202eb"),
+    (["views", 0, "name"], "a\u009bb"),
+    (["objects", 0, "name"], "a\nb"),
+    (["objects", 0, "parameters"], {"intensity": "\u001b[2J"}),
+    (["objects", 1, "unset"], ["samples\u0000"]),
     (["views", 1, "tiles"], {"overlap": 3}),
     (["views", 0], {"name": "photo", "picture": "a.exr", "processorTiles": {"size": [8, 8]}}),
     (["views", 1, "tiles"], {"size": [64, 64], "overlap": -1}),
@@ -84,7 +92,7 @@ def checkExample(folder):
 def checkSaved(folder):
     displays = [word for key in DISPLAYS for word in ("--display", key)]
     plime(folder, "render", "demo:galaxy", "-o", "a.exr", "--size", "64x48", "--tile", "32", "--overlap", "4", *displays,
-          "--unset", "samples", "--with", "Hollywood/PixelBlur", "-p", "width=3", "--save-network", "a.json")
+          "--unset", "samples", "-d", "float", "--srgb", "--with", "Hollywood/PixelBlur", "-p", "width=3", "--save-network", "a.json")
     plime(folder, "process", "a.exr", "-o", "b.exr", "--with", "Hollywood/TileProgram", "--save-network", "b.json")
     for name in "a.json", "b.json":
         jsonschema.validate(json.loads((folder / name).read_text()), SCHEMA, jsonschema.Draft202012Validator)

@@ -130,6 +130,19 @@ TEST(NetworkFile, writingWhatWasRead_sameBytes) {
     EXPECT_EQ(textOf(networkFromText(R"({"version": 1})", "least")), "{\n  \"version\": 1\n}\n");
 }
 
+TEST(NetworkFile, numbers_areReadToTheirLastDigit) {
+    for (const char* const digits : {"0.1", "1e-05", "-12.5", "0.30000000000000004", "1.5e+300"}) {
+        const Network network =
+            networkFromText(with("[0.1, -2.5,", '[' + std::string(digits) + ", -2.5,"), "net.json");
+        EXPECT_NE(textOf(network, NetworkLayout::OneLine).find("\"eye\":[" + std::string(digits) + ','),
+                  std::string::npos)
+            << digits;
+    }
+    EXPECT_EQ(refusal(with("30.0", "1e999")), "net.json, line 41: holds a number that is out of range.");
+    EXPECT_EQ(refusal(with("\"9.0\"", "9.25")),
+              "net.json, line 18: soft.width is of the wrong kind — expected a text, got 9.25.");
+}
+
 TEST(NetworkFile, aFileCutAnywhere_isRefusedWithALine) {
     const std::string whole = Good;
     for (std::size_t size = 0; size + 2 < whole.size(); ++size) {

@@ -79,3 +79,22 @@ TEST(FlagListText, Token_thatIsNoFlag_isRefusedAndListKept) {
         EXPECT_EQ(VValueTrait<FlagList>::Text(list), "+old") << text;
     }
 }
+
+TEST(FlagListText, OfOneMebibyte_isReadAndWritten) {
+    const std::string longName = '+' + std::string((1U << 20U) - 1, 'x');
+    FlagList list;
+    EXPECT_TRUE(VValueTrait<FlagList>::setValueFromText(list, longName));
+    EXPECT_EQ(VValueTrait<FlagList>::Text(list), longName);
+    EXPECT_TRUE(VValueTrait<FlagList>::setValueFromText(list, std::string(1U << 20U, ' ') + "-a"));
+    EXPECT_EQ(VValueTrait<FlagList>::Text(list), "-a");
+}
+
+TEST(FlagListText, OfManyFlags_takesLinearTime) {
+    std::string text;
+    for (int i = 0; text.size() < (1U << 20U); ++i) text += (i ? " +" : "+") + VValueTrait<int>::Text(i);
+    FlagList list;
+    EXPECT_TRUE(VValueTrait<FlagList>::setValueFromText(list, text));
+    EXPECT_EQ(VValueTrait<FlagList>::Text(list), text);
+    bool state = false;
+    EXPECT_TRUE(list("0", state) && state);
+}

@@ -14,8 +14,8 @@ VPropertyNotifier::~VPropertyNotifier() = default;
 
 VParameter::VParameter(StrongPtr<VValueBase> value, std::string name,
                        StrongPtr<VCreationPreferences> preferences)
-    : own(std::move(value)), text(std::move(name)), preferences(std::move(preferences)) {
-    checkPointer(own, "VParameter::VParameter(value)");
+    : own(new Own{std::move(value)}), text(std::move(name)), preferences(std::move(preferences)) {
+    checkPointer(own->value, "VParameter::VParameter(value)");
 }
 
 VParameter::~VParameter() = default;
@@ -27,9 +27,9 @@ StrongPtr<VObject> VParameter::creator() const noexcept { return object.lock(); 
 void VParameter::setProperty(const std::string& key, const StrongPtr<VValueBase>& value,
                              VPropertyNotifier* notifier) {
     checkPointer(value, "VParameter::setProperty(value)");
-    if (value->type() != own->type())
+    if (value->type() != own->value->type())
         throw std::invalid_argument("Property \"" + key + "\" of parameter \"" + text +
-                                    "\" must be of type " + own->typeName() + ", but the value is of type " +
+                                    "\" must be of type " + typeName() + ", but the value is of type " +
                                     value->typeName() + '.');
     properties[key] = value;
     if (notifier) notifier->propertyChanged(key);
@@ -42,29 +42,36 @@ StrongPtr<VValueBase> VParameter::property(const std::string& key) const noexcep
 
 VParameter::LocalValue VParameter::getLocalValue(const VValuePool& pool) const noexcept {
     const auto found = pool.local.find(this);
-    if (found == pool.local.end()) return {own, (bits & ValueSet) != 0};
+    if (found == pool.local.end()) return {own->value, own->set};
     return {found->second, bool(found->second)};
 }
 
 TextResult VParameter::setValueFromText(std::string_view newText) {
     // Whoever holds the old value keeps it as it was.
-    StrongPtr<VValueBase> read = own->clone();
+    const StrongPtr<VValueBase> read = own->value->clone();
     TextResult result = read->setFromText(newText);
     if (result) setValue(read);
     return result;
 }
 
 bool VParameter::setValue(const StrongPtr<VValueBase>& value) {
-    if (!value || value->type() != own->type()) return false;
-    own = value;
-    setState(ValueSet);
+    if (!value || value->type() != own->value->type()) return false;
+    *own = {value, true};
     return true;
 }
 
 bool VParameter::setGlobalValue(const VValueBase& variable) {
-    if (variable.type() != own->type()) return false;
+    if (variable.type() != own->value->type()) return false;
     Vprintf(50, "VParameter::setGlobalValue() got variable with %s\n", variable.text().c_str());
     return setValue(variable.clone());
 }
+
+bool VParameter::shareValue(VParameter& other) {
+    if (other.own->value->type() != own->value->type()) return false;
+    own = other.own;
+    return true;
+}
+
+void VParameter::unshareValue() { own.reset(new Own{own->value->clone(), own->set}); }
 
 } // namespace krod

@@ -59,8 +59,7 @@ void VSlotContainer::clearOutputs() noexcept {
     for (const Output& output : outputList) {
         const VValueCreator* const creator = VValueCreator::find(output.parameter->typeName());
         if (!creator) continue;
-        output.parameter->own = creator->create();
-        output.parameter->clearState(VParameter::ValueSet);
+        *output.parameter->own = {creator->create(), false}; // connected parameters let go of it, too
     }
 }
 

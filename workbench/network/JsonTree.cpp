@@ -16,6 +16,8 @@ namespace {
 
 constexpr std::size_t ShownBytes = 60;
 constexpr std::size_t LongestName = 256; // of a member
+constexpr std::string_view Digits = "0123456789+-eE.";
+constexpr std::string_view White = "\n\r\t\f\v"; // what programs may hold between words
 
 /// Counts the lines of what it walks over. A line end counts once the next character is read, since the
 /// lexer looks one character beyond a number.
@@ -67,9 +69,12 @@ public:
     }
     bool number_float(number_float_t, const string_t& digits) override {
         JsonTree number{.kind = JsonTree::Kind::Number, .text = digits};
+        // The lexer writes the point as the C library's locale has it.
+        std::ranges::replace_if(
+            number.text, [](char c) { return Digits.find(c) == std::string_view::npos; }, '.');
         const auto [end, error] =
-            std::from_chars(digits.data(), digits.data() + digits.size(), number.number);
-        if (error != std::errc{}) refuse("is out of range", "", shortened(digits));
+            std::from_chars(number.text.data(), number.text.data() + number.text.size(), number.number);
+        if (error != std::errc{}) refuse("is out of range", "", shortened(number.text));
         return add(std::move(number));
     }
     bool string(string_t& value) override {
@@ -83,7 +88,7 @@ public:
     bool end_array() override { return end(); }
     bool key(string_t& name) override {
         requirePlain(name);
-        if (name.size() > LongestName || name.find_first_of("\n\r\t") != std::string::npos)
+        if (name.size() > LongestName || name.find_first_of(White) != std::string::npos)
             refuse("holds a name that is too long or has line ends",
                    "at most " + std::to_string(LongestName) + " bytes",
                    JsonTree{JsonTree::Kind::Text, 0, false, 0, name}.shown());
@@ -92,10 +97,13 @@ public:
         open.back().pending = std::move(name);
         return true;
     }
-    bool parse_error(std::size_t position, const std::string&, const nlohmann::json::exception&) override {
+    bool parse_error(std::size_t position, const std::string&,
+                     const nlohmann::json::exception& error) override {
         const auto end = source.begin() + static_cast<std::ptrdiff_t>(
                                               std::min(position > 0 ? position - 1 : 0, source.size()));
         const int line = 1 + static_cast<int>(std::count(source.begin(), end, '\n'));
+        if (dynamic_cast<const nlohmann::json::out_of_range*>(&error))
+            refuseNetwork(who, {line}, "holds a number that is out of range");
         if (end == source.end()) refuseNetwork(who, {line}, "ends in the middle of its JSON text");
         refuseNetwork(who, {line}, "is no JSON text from here on", "", nearby(end));
     }
@@ -129,14 +137,17 @@ private:
         if (text.size() > NetworkLimits::TextBytes)
             refuse("holds a text that is too long", std::to_string(NetworkLimits::TextBytes) + " bytes",
                    std::to_string(text.size()));
-        const auto isControl = [](char c) {
-            return (static_cast<unsigned char>(c) < ' ' && c != '\n' && c != '\t' && c != '\r') ||
-                   c == '\x7f';
+        const auto isControl = [&](const char& c) {
+            if (c == '\x7f') return true;
+            if (static_cast<unsigned char>(c) < ' ') return White.find(c) == std::string_view::npos;
+            return c == '\xc2' && (&c)[1] < '\xa0'; // U+0080 to U+009F; the text is UTF-8
         };
         if (std::ranges::any_of(text, isControl)) refuse("holds a text with control characters");
     }
 
     bool add(JsonTree value) {
+        if (++values > NetworkLimits::Values)
+            refuse("holds too many values", "at most " + std::to_string(NetworkLimits::Values));
         value.line = value.line ? value.line : counter.line;
         if (open.empty())
             root = std::move(value);
@@ -165,6 +176,7 @@ private:
     std::string who;
     const CountingIterator::Counter& counter;
     std::vector<Open> open;
+    std::size_t values = 0; ///< so far
 };
 
 } // namespace
@@ -183,10 +195,10 @@ std::string JsonTree::shown() const {
     case Kind::Number:
         return text;
     case Kind::Text: {
-        std::string line = text.size() <= ShownBytes ? text : text.substr(0, ShownBytes) + "…";
+        std::string shortened = text.size() <= ShownBytes ? text : text.substr(0, ShownBytes) + "…";
         std::ranges::replace_if(
-            line, [](char c) { return c == '\n' || c == '\r' || c == '\t'; }, ' ');
-        return '"' + line + '"';
+            shortened, [](char c) { return White.find(c) != std::string_view::npos; }, ' ');
+        return '"' + shortened + '"';
     }
     case Kind::List:
         return "a list";

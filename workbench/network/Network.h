@@ -2,6 +2,7 @@
 // A saved network, as data: which objects, with which parameters, connected how, seen how.
 #pragma once
 
+#include "workbench/files/PictureDescription.h"
 #include "workbench/network/NetworkPlace.h"
 
 #include <array>
@@ -62,6 +63,8 @@ struct NetworkView {
     std::optional<Tiles> tiles;
     /// Tiles in which the processors see a picture that is drawn, where it was cut for them.
     std::optional<Tiles> processorTiles;
+    std::optional<PixelDepth> depth; ///< of the file; without it, what its format usually has
+    bool srgb = false;               ///< whether colours are encoded for viewing
     NetworkPlace place;
 };
 

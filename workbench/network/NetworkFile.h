@@ -17,7 +17,9 @@ struct NetworkLimits {
     static constexpr std::size_t TextBytes = std::size_t{1} << 20; ///< of one text
     static constexpr int Depth = 64;                               ///< of nested braces and brackets
     static constexpr std::size_t Objects = 10'000;
-    static constexpr std::size_t Row = 256; ///< of objects that take each other
+    static constexpr std::size_t Links = 100'000;  ///< inputs, shared parameters, views and their processors
+    static constexpr std::size_t Values = 500'000; ///< of JSON, lists and objects too; each takes memory
+    static constexpr std::size_t Row = 256;        ///< of objects that take each other
 };
 
 /// Reads a network. `who` names the text in messages. The result is complete and consistent in itself: known

@@ -4,6 +4,7 @@
 #include "workbench/report/Failure.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cmath>
 #include <cstring>
@@ -18,7 +19,10 @@ namespace {
 
 using Kind = JsonTree::Kind;
 
-constexpr int LargestSide = 131'072; // of a picture, in pixels
+/// U+061C, U+200E, U+200F, U+202A to U+202E, U+2066 to U+2069.
+constexpr std::array Directions = {"\xd8\x9c",     "\xe2\x80\x8e", "\xe2\x80\x8f", "\xe2\x80\xaa",
+                                   "\xe2\x80\xab", "\xe2\x80\xac", "\xe2\x80\xad", "\xe2\x80\xae",
+                                   "\xe2\x81\xa6", "\xe2\x81\xa7", "\xe2\x81\xa8", "\xe2\x81\xa9"};
 
 /// Reads the tree of one text; every mistake is said with its line.
 class Reader {
@@ -36,6 +40,7 @@ public:
                    std::to_string(network.objects.size()));
         for (const JsonTree& item : list(root, "shared")) network.shared.push_back(sharing(item));
         for (const JsonTree& item : list(root, "views")) network.views.push_back(view(item));
+        requireFewLinks(network, root);
         return network;
     }
 
@@ -43,6 +48,16 @@ private:
     [[noreturn]] void refuse(const JsonTree& at, const std::string& what, const std::string& expected = "",
                              const std::string& got = "", const std::string& advice = "") const {
         refuseNetwork(who, {at.line}, what, expected, got, advice);
+    }
+
+    void requireFewLinks(const Network& network, const JsonTree& root) const {
+        std::size_t links = 0;
+        for (const NetworkObject& object : network.objects) links += object.input.empty() ? 0 : 1;
+        for (const NetworkSharing& sharing : network.shared) links += sharing.ends.size();
+        for (const NetworkView& view : network.views) links += 1 + view.processors.size();
+        if (links > NetworkLimits::Links)
+            refuse(root, "refers to objects too often",
+                   "at most " + std::to_string(NetworkLimits::Links) + " times", std::to_string(links));
     }
 
     void requireKind(const JsonTree& value, Kind kind, const std::string& what) const {
@@ -122,9 +137,16 @@ private:
     /// The name of an object or a view: what people type before a point.
     [[nodiscard]] std::string nameOf(const JsonTree& from) const {
         const std::string name = text(from, "name");
-        if (name.empty() || name.find_first_of(".=\n\r\t") != std::string::npos)
+        if (name.empty() || name.find_first_of(".=\n\r\t\f\v") != std::string::npos)
             refuse(from, "holds something without a usable \"name\"",
-                   "a text without points, equals signs and line ends", '"' + name + '"');
+                   "a text without points, equals signs and line ends",
+                   from.member("name") ? from.member("name")->shown() : "\"\"");
+        if (std::ranges::any_of(Directions,
+                                [&](const char* mark) { return name.find(mark) != std::string::npos; }))
+            refuse(
+                from,
+                "holds a \"name\" with marks that turn the direction of writing, so that it reads as another",
+                "a text without them");
         return name;
     }
 
@@ -162,7 +184,7 @@ private:
     [[nodiscard]] NetworkView view(const JsonTree& from) const {
         requireKind(from, Kind::Object, "an item of \"views\"");
         allowMembers(from, {"name", "shows", "picture", "processors", "size", "camera", "background", "tiles",
-                            "processorTiles"});
+                            "processorTiles", "depth", "srgb"});
         NetworkView made;
         made.name = nameOf(from);
         made.shows = text(from, "shows");
@@ -184,7 +206,21 @@ private:
         if (made.processorTiles && !made.picture.empty())
             refuse(*from.member("processorTiles"),
                    "the view " + made.name + " processes a picture file, whose tiles are just \"tiles\"");
+        made.depth = depth(from);
+        if (const JsonTree* srgb = from.member("srgb")) {
+            requireKind(*srgb, Kind::Truth, "\"srgb\"");
+            made.srgb = srgb->truth;
+        }
         return made;
+    }
+
+    [[nodiscard]] std::optional<PixelDepth> depth(const JsonTree& view) const {
+        const JsonTree* from = view.member("depth");
+        if (!from) return {};
+        requireKind(*from, Kind::Text, "\"depth\"");
+        const auto depth = depthFromName(from->text);
+        if (!depth) refuse(*from, "holds an unknown depth", "half, float, uint8 or uint16", from->shown());
+        return depth;
     }
 
     [[nodiscard]] std::optional<NetworkView::Camera> camera(const JsonTree& view) const {
@@ -320,7 +356,12 @@ std::string bytesOf(const std::filesystem::path& file) {
 void refuseNetwork(const std::string& who, NetworkPlace place, const std::string& what,
                    const std::string& expected, const std::string& got, const std::string& advice) {
     const std::string where = place.line > 0 ? who + ", line " + std::to_string(place.line) : who;
-    throw Failure(Fault::Network, {where, what, expected, got, advice, {}});
+    const auto readable = [](const std::string& text) { // names may be as long as a whole file
+        constexpr std::size_t Most = 1000;
+        return text.size() <= Most ? text : text.substr(0, Most) + "…";
+    };
+    throw Failure(Fault::Network,
+                  {where, readable(what), readable(expected), readable(got), readable(advice), {}});
 }
 
 Network networkFromText(std::string_view text, const std::string& who) {

@@ -49,6 +49,8 @@ Json toJson(const NetworkView& view) {
     if (view.background) json["background"] = *view.background;
     if (view.tiles) json["tiles"] = toJson(*view.tiles);
     if (view.processorTiles) json["processorTiles"] = toJson(*view.processorTiles);
+    if (view.depth) json["depth"] = std::string(depthName(*view.depth));
+    if (view.srgb) json["srgb"] = true;
     return json;
 }
 

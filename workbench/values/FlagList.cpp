@@ -2,10 +2,12 @@
 #include "host/values/FlagList.h"
 
 #include <algorithm>
+#include <unordered_map>
 
 namespace krod {
 
 FlagList::FlagList(std::string_view text, char separator) {
+    std::unordered_map<std::string_view, std::size_t> places; // of names in the list
     while (!text.empty()) {
         const std::size_t length = std::min(text.find(separator), text.size());
         const std::string_view token = text.substr(0, length);
@@ -14,11 +16,11 @@ FlagList::FlagList(std::string_view text, char separator) {
 
         const std::string_view name = token.substr(1);
         const bool on = token[0] == '+';
-        const auto known = std::ranges::find(list, name, &Flag::name);
-        if (known != list.end())
-            known->on = on;
-        else
+        const auto [known, isNew] = places.emplace(name, list.size());
+        if (isNew)
             list.push_back({std::string(name), on});
+        else
+            list[known->second].on = on;
     }
 }
 

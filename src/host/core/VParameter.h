@@ -7,6 +7,7 @@
 #include "host/values/VValueBase.h"
 
 #include <map>
+#include <memory>
 #include <string>
 
 namespace krod {
@@ -44,7 +45,7 @@ public:
     /// [any · borrows] The parameter's name.
     [[nodiscard]] const std::string& name() const noexcept { return text; }
     /// [host · borrows] The host's name of the value's type.
-    [[nodiscard]] std::string typeName() const { return own->typeName(); }
+    [[nodiscard]] std::string typeName() const { return own->value->typeName(); }
     /// [host · borrows] The object that the parameter belongs to.
     void setCreator(VObject* object) noexcept;
     [[nodiscard]] StrongPtr<VObject> creator() const noexcept;
@@ -58,7 +59,7 @@ public:
     /// [host · shares] The current value in a value pool.
     [[nodiscard]] LocalValue getLocalValue(const VValuePool& pool) const noexcept;
     /// [host · borrows] The parameter's own value, whatever a pool says.
-    [[nodiscard]] const VValueBase& value() const noexcept { return *own; }
+    [[nodiscard]] const VValueBase& value() const noexcept { return *own->value; }
     /// [host · borrows] Replaces the own value and marks it as set. The text's old value is kept when it does
     /// not parse.
     TextResult setValueFromText(std::string_view text);
@@ -69,19 +70,39 @@ public:
     /// level 50; false, and nothing changed, for another type.
     bool setGlobalValue(const VValueBase& variable);
 
-    /// [host] The state bits.
-    [[nodiscard]] unsigned state() const noexcept { return bits; }
-    void setState(unsigned mask) noexcept { bits |= mask; }
-    void clearState(unsigned mask) noexcept { bits &= ~mask; }
+    /// [host · shares] Connects the parameter to another one: from here on both have the value of the other,
+    /// and setting one sets both. What this one was connected to before keeps its value. The connection
+    /// outlives the other parameter. False, and nothing changed, for a value of another type.
+    bool shareValue(VParameter& other);
+    /// [host] Disconnects: the parameter keeps the value, which is its own from here on.
+    void unshareValue();
+    /// [host · borrows] Whether both have one value; a parameter does so with itself.
+    [[nodiscard]] bool sharesValueWith(const VParameter& other) const noexcept { return own == other.own; }
+
+    /// [host] The state bits. Whether a value was set is the same for all that share it.
+    [[nodiscard]] unsigned state() const noexcept { return own->set ? bits | ValueSet : bits & ~ValueSet; }
+    void setState(unsigned mask) noexcept { changeState(bits | mask, mask, true); }
+    void clearState(unsigned mask) noexcept { changeState(bits & ~mask, mask, false); }
 
 private:
     friend class VSlotContainer;
-    StrongPtr<VValueBase> own;
+
+    void changeState(unsigned newBits, unsigned mask, bool set) noexcept {
+        bits = newBits;
+        if ((mask & ValueSet) != 0) own->set = set;
+    }
+
+    /// What connected parameters have in common.
+    struct Own {
+        StrongPtr<VValueBase> value;
+        bool set = true;
+    };
+    std::shared_ptr<Own> own;
     std::string text;
     StrongPtr<VCreationPreferences> preferences;
     WeakPtr<VObject> object;
     std::map<std::string, StrongPtr<VValueBase>> properties;
-    unsigned bits = ValueSet;
+    unsigned bits = 0;
 };
 
 } // namespace krod
