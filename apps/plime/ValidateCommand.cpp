@@ -6,10 +6,12 @@
 #include "apps/plime/Session.h"
 #include "apps/plime/Text.h"
 #include "workbench/validate/Expectation.h"
+#include "workbench/validate/Recording.h"
 #include "workbench/validate/Validator.h"
 
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
 #include <system_error>
 
 namespace workbench {
@@ -19,14 +21,15 @@ using namespace validate;
 
 constexpr std::string_view Help = R"(Usage: plime validate PLUGIN.so [--level N] [--expect FILE] [--json]
        plime validate PLUGIN.so --reproduce TEST:SEED [--expect FILE] [--json]
+       plime validate PLUGIN.so --record --expect FILE
        plime validate --list [--json]
 
 Says what is wrong with a plug-in. Each check runs in a process of its own, so
 that a plug-in that crashes or hangs is a finding and not the end. Higher levels
 ask more: 1 the file, none of its code runs, 2 loading and unloading, 3 the
 catalogue, 4 objects, 5 normal work, 6 hostile values, 7 OpenGL under stress,
-8 many lives, 9 faults around it, 10 a minute of drawn operations. A plug-in that
-passes level 5 works; before it is given away it should pass level 9.
+8 many lives, 9 faults around it, 10 ten minutes of drawn operations. A plug-in
+that passes level 5 works; before it is given away it should pass level 9.
 
 Prints one line for each check: pass, warn, fail, crash, timeout or skip. Ends
 with exit code 0 when nothing has to be repaired, and 1 when something has.
@@ -34,12 +37,14 @@ with exit code 0 when nothing has to be repaired, and 1 when something has.
   --level N              run the checks up to this level, 1 to 10; 5 if left out
   --expect FILE          compare with what this file expects of the plug-in
   --reproduce TEST:SEED  run this one check alone, with the same drawn values
+  --record               print the file again, with the shader texts and pictures
+                         that the plug-in gives now as those to be expected
   --list                 list the checks and their levels
   --json                 one object, for scripts
 
 A check that does not end is stopped after 30 seconds, one that draws after 120,
-a long one after 300.
-KROD_VALIDATE_SECONDS sets another number for all of them.
+a long one after 300, the last one after 1500. KROD_VALIDATE_SECONDS sets another
+number for all of them, KROD_VALIDATE_SOAK that of the last one's work.
 
 Examples:
   plime validate build/plugins/my_plugin.so
@@ -47,7 +52,7 @@ Examples:
   plime validate my_plugin.so --reproduce destruction-order:4711
 )";
 
-constexpr std::size_t KindColumns = 7, NameColumns = 18;
+constexpr std::size_t KindColumns = 7, NameColumns = 21;
 
 Json toJson(const Check& check) {
     return {{"name", check.name},
@@ -105,6 +110,7 @@ public:
         return {{{"--level", &level},
                  {"--expect", &expect},
                  {"--reproduce", &reproduce},
+                 {"--record", &recording},
                  {"--list", &list},
                  {"--json", &asJson},
                  {"--in-child", &inChild}}, // how the program calls itself
@@ -123,6 +129,10 @@ public:
             const auto [check, seed] = parseRepeat("--in-child", *inChild);
             performInChild(*check, seed, subject(session));
         }
+        if (recording) {
+            session.streams().write(document(recorded(session)));
+            return 0;
+        }
         return report(session);
     }
 
@@ -136,6 +146,15 @@ private:
         if (!std::filesystem::exists(*plugin, error))
             throw Failure(Fault::Usage, {*plugin, "is not there", "the file of a plug-in", "", "", {}});
         path = std::filesystem::absolute(*plugin).lexically_normal();
+    }
+
+    [[nodiscard]] Json recorded(const Session& session) const {
+        if (!expect)
+            throw Failure(
+                Fault::Usage,
+                {"--record", "completes an expectation file", "", "", "Name one with --expect", {}});
+        const Subject what = subject(session);
+        return record(what, Json::parse(std::ifstream(*expect)));
     }
 
     Subject subject(const Session& session) const {
@@ -218,7 +237,7 @@ private:
 
     std::optional<std::string> plugin, level, expect, reproduce, inChild;
     std::filesystem::path path;
-    bool list = false, asJson = false;
+    bool list = false, recording = false, asJson = false;
 };
 
 } // namespace

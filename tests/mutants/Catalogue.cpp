@@ -15,6 +15,7 @@
 
 #include <fcntl.h>
 #include <sys/prctl.h>
+#include <unistd.h>
 
 namespace {
 
@@ -128,6 +129,7 @@ void goWrong() {
     if (has(Fault::SecondLifeDiffers) && isSecondLife()) Vprintf(100, "I have been here before\n");
     if (has(Fault::LeaksEachLife)) lost = ::operator new(2000);
     if (has(Fault::DiesOfClosedOutput) && ::fcntl(1, F_GETFD) < 0) die();
+    if (has(Fault::DiesInOtherThread) && ::gettid() != ::getpid()) die();
     if (!has(Fault::DiesWithoutMemoryInLoad)) return;
     void* const memory = ::operator new(300, std::nothrow);
     if (!memory) die();

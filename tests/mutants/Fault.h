@@ -23,14 +23,20 @@ enum class Fault {
     // work
     ThrowsInUpdate, RefusesLeastValue, InfiniteValue, TextChanges, CommaInText, OneWithoutPoint, DiesWithoutValue,
     DoesNotCompile, PictureChanges, OpenGlErrorLeft, TextureBound, TileChanges, AlphaChanged, OnePixelTooFew,
+    RedMissing, SettingOff,
     // hostile values and tiles
-    DiesOfHugeNumber, DiesOfEmptyTile, ReadsPastTile, DiesOfNaN, RefusalUnsaid,
+    DiesOfHugeNumber, DiesOfEmptyTile, ReadsPastTile, DiesOfNaN, RefusalUnsaid, DiesOfNothing,
     // OpenGL under stress
     DiesOfSamples, DiesOfLongRow, ThrowsOthersError, DiesOfShaderFile, TextureLeaked,
+    StumblesOverShaderFile, NeedsNewLanguage, ErrorHidden, DiesOfRefusedProgram, FrameMemoryLost,
     // life
-    LeaksEachLife, ObjectsStay, OnlyOnce,
+    LeaksEachLife, ObjectsStay, OnlyOnce, TextureEachLife, OwnException, DiesInOtherThread, DiesAfterFork,
     // faults around it
     DiesWithoutMemoryInLoad, DiesWithoutMemory, SwallowsExceptions, DiesOfClosedOutput, DiesWithoutFiles,
+    DiesWithoutMemoryInDrawing, SwallowsInBounds, DiesOfFailedOpenGl, TextureLeakedOnFailure,
+    DiesOfLostContext, DiesOfInterruption, DiesOfHighDescriptor,
+    // in the long run
+    OtherOnSecondDriver, DiesInTheLongRun,
 };
 // clang-format on
 

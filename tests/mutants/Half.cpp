@@ -6,10 +6,12 @@
 #include <algorithm>
 #include <csignal>
 #include <cstdio>
+#include <exception>
 #include <new>
 #include <stdexcept>
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -29,8 +31,9 @@ public:
     void process(const VRenderContext&, ImageTile& tile) override {
         auto* pixels = dynamic_cast<Chunk<RGBAHalf>*>(tile.store().get());
         if (!pixels) return;
+        if (has(Fault::DiesOfInterruption) && ::poll(nullptr, 0, 3) < 0) die();
         if (has(Fault::ThrowsOthersError)) GLError::throwPossibleError("tile", "Half", 1);
-        if (has(Fault::DiesOfLongRow) && tile.width() == 1024) die();
+        if (has(Fault::DiesOfLongRow) && tile.width() == 4096) die();
         if (has(Fault::DiesOfEmptyTile) && pixels->elements() == 0) die();
         std::size_t count = pixels->elements();
         if (tile.width() < 0 || tile.height() < 0) return;
@@ -55,6 +58,20 @@ private:
     volatile float beyond = 0;
 };
 
+/// An exception that goes with the library.
+class OwnError : public std::exception {
+public:
+    [[nodiscard]] const char* what() const noexcept override { return "too many steps"; }
+};
+
+/// Opens a file as others do.
+void openFile() {
+    const int file = ::open("/dev/null", O_RDONLY);
+    if (file < 0 && has(Fault::DiesWithoutFiles)) die();
+    if (file >= 256 && has(Fault::DiesOfHighDescriptor)) die();
+    if (file >= 0) ::close(file);
+}
+
 /// Never given back.
 Output* kept = nullptr;
 void* volatile lost = nullptr;
@@ -67,8 +84,10 @@ Output makeProcessor() {
     return made;
 }
 
+const pid_t loader = ::getpid();
+
 void goWrong() {
-    if (has(Fault::CrashInCreate)) die();
+    if (has(Fault::CrashInCreate) || (has(Fault::DiesAfterFork) && loader != ::getpid())) die();
     if (has(Fault::ExitInCreate)) ::syscall(SYS_exit_group, 0);
     while (has(Fault::HangInCreate)) ::pause();
     while (has(Fault::EndlessOutput)) std::puts("and on");
@@ -102,11 +121,10 @@ bool Half::update(VRequest& request, double) {
     if (has(Fault::ThrowsInUpdate)) throw std::runtime_error("out of order");
     if (has(Fault::DiesWithoutValue) && !readable) die();
     if (has(Fault::DiesOfHugeNumber) && count > 10) die();
-    if (has(Fault::DiesWithoutFiles)) {
-        const int file = ::open("/dev/null", O_RDONLY);
-        if (file < 0) die();
-        ::close(file);
-    }
+    if (has(Fault::OwnException) && count > 10) throw OwnError();
+    if (has(Fault::DiesWithoutFiles) || has(Fault::DiesOfHighDescriptor)) openFile();
+    static int updates = 0;
+    if (has(Fault::DiesInTheLongRun) && ++updates == 200) die();
     return !has(Fault::RefusesLeastValue) || count != 1;
 }
 

@@ -38,6 +38,8 @@ public:
 class Factor : public krod::MSDeferredObjectDisplay {
 public:
     Factor(const std::string& name, const krod::StrongPtr<krod::VCreationPreferences>& preferences);
+    [[nodiscard]] krod::AcceptInfoList accept(const krod::WeakPtr<krod::VObject>& object) const override;
+    [[nodiscard]] krod::BoundingSphere bounds() const override;
     krod::StrongPtr<MultiSampleDeferredRenderer> createRenderer(krod::VGLRenderContext& context) override;
 
 private:

@@ -81,7 +81,7 @@ TEST(ValidateCommand, Text_says_what_is_wrong_and_how_often) {
     const Result result = run({"validate", BROKEN_FOLDER "/two_entries.so", "--level", "1"});
     EXPECT_EQ(result.code, 1);
     EXPECT_NE(result.output.find("pass     file\n"), std::string::npos) << result.output;
-    EXPECT_NE(result.output.find("fail     entry               is not one plug-in"), std::string::npos)
+    EXPECT_NE(result.output.find("fail     entry                  is not one plug-in"), std::string::npos)
         << result.output;
     EXPECT_NE(result.output.find("1 with a finding"), std::string::npos) << result.output;
 }

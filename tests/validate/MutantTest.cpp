@@ -88,17 +88,19 @@ const std::vector<Mutant> Slow = {
 const std::vector<Mutant> Working = {
     {"ThrowsInUpdate", 5, "update", "fail"},
     {"RefusesLeastValue", 5, "update", "fail"},
-    {"InfiniteValue", 5, "value-texts", "fail", {"modules", "shader-texts", "programs"}},
-    {"TextChanges", 5, "repeatable", "fail", {"comma-locale", "shader-texts"}},
+    {"InfiniteValue", 5, "value-texts", "fail", {"modules", "shader-texts", "programs", "shader-settings"}},
+    {"TextChanges", 5, "repeatable", "fail", {"comma-locale", "shader-texts", "shader-settings"}},
     {"CommaInText", 5, "comma-locale", "fail"},
-    {"OneWithoutPoint", 5, "shader-texts", "fail"},
+    {"OneWithoutPoint", 5, "shader-texts", "fail", {"shader-settings"}},
+    {"SettingOff", 5, "shader-settings", "fail"},
     {"DiesWithoutValue", 5, "fallbacks", "crash"},
-    {"DoesNotCompile", 5, "programs", "fail", {"shader-texts"}},
+    {"DoesNotCompile", 5, "programs", "fail", {"shader-texts", "shader-settings"}},
     {"PictureChanges", 5, "pictures", "fail"},
+    {"RedMissing", 5, "expected-pictures", "fail"},
     {"OpenGlErrorLeft", 5, "pictures", "fail"},
     {"TextureBound", 5, "opengl-state", "fail"},
     {"TileChanges", 5, "tiles", "fail"},
-    {"AlphaChanged", 5, "tiles", "fail"},
+    {"AlphaChanged", 5, "tiles", "fail", {"expected-pictures"}},
     {"OnePixelTooFew", 5, "tiles", "fail"},
 };
 
@@ -108,19 +110,38 @@ const std::vector<Mutant> Hostile = {
     {"ReadsPastTile", 6, "guarded-tiles", "crash"},
     {"DiesOfNaN", 6, "halves", "crash"},
     {"RefusalUnsaid", 6, "refused-inputs", "fail"},
+    {"DiesOfNothing", 6, "empty-references", "crash"},
     {"DiesOfSamples", 7, "samples", "crash", {"hostile-values"}},
     {"DiesOfLongRow", 7, "sizes", "crash"},
     {"ThrowsOthersError", 7, "pending-errors", "fail"},
     {"DiesOfShaderFile", 7, "shader-files", "crash"},
+    {"StumblesOverShaderFile", 7, "shader-files", "fail"},
+    {"NeedsNewLanguage", 7, "second-driver", "fail", {"shader-texts", "shader-settings"}},
+    {"ErrorHidden", 7, "debug-messages", "fail"},
+    {"DiesOfRefusedProgram", 7, "refused-programs", "crash"},
+    {"FrameMemoryLost", 7, "frame-memory", "fail"},
     {"TextureLeaked", 7, "opengl-objects", "fail"},
     {"LeaksEachLife", 8, "reload-often", "fail"},
     {"ObjectsStay", 8, "living-objects", "fail", {"copy"}},
     {"OnlyOnce", 8, "copy", "fail"},
+    {"TextureEachLife", 8, "reload-drawing", "fail"},
+    {"OwnException", 8, "held-exception", "crash"},
+    {"DiesInOtherThread", 8, "threads", "crash"},
+    {"DiesAfterFork", 8, "fork", "fail"},
     {"DiesWithoutMemoryInLoad", 9, "allocation-in-load", "fail"},
     {"DiesWithoutMemory", 9, "allocation-in-work", "crash"},
     {"SwallowsExceptions", 9, "throwing-host", "fail"},
     {"DiesOfClosedOutput", 9, "closed-output", "crash"},
     {"DiesWithoutFiles", 9, "descriptors", "crash"},
+    {"DiesOfHighDescriptor", 9, "descriptors", "crash"},
+    {"DiesWithoutMemoryInDrawing", 9, "allocation-in-drawing", "crash"},
+    {"SwallowsInBounds", 9, "throwing-host", "fail"},
+    {"DiesOfFailedOpenGl", 9, "failing-opengl", "crash", {"lost-context"}},
+    {"TextureLeakedOnFailure", 9, "failing-opengl", "fail"},
+    {"DiesOfLostContext", 9, "lost-context", "crash"},
+    {"DiesOfInterruption", 9, "interruptions", "crash"},
+    {"OtherOnSecondDriver", 10, "drivers", "fail"},
+    {"DiesInTheLongRun", 10, "soak", "crash"},
 };
 
 const std::string Expected = EXPECTATIONS "/mutant.expect.json";
@@ -128,7 +149,8 @@ const std::string Expected = EXPECTATIONS "/mutant.expect.json";
 std::string pathOf(const std::string& fault) { return MUTANT_FOLDER "/" + fault + ".so"; }
 
 /// The whole run up to the level of the check in charge.
-void expectFoundByOne(const Mutant& mutant, const std::map<std::string, std::string>& environment = {}) {
+void expectFoundByOne(const Mutant& mutant, const std::map<std::string, std::string>& environment = {
+                                                {"KROD_VALIDATE_SOAK", "20"}}) {
     const Validation found = validation(
         pathOf(mutant.fault), {"--level", std::to_string(mutant.level), "--expect", Expected}, environment);
     ASSERT_TRUE(found.report.is_object()) << found.error;

@@ -32,6 +32,10 @@ TEST(DeepValidate, Workbench_objects_pass_level_9) {
     expectClean(validation(WORKBENCH_OBJECTS, {"--level", "9"}));
 }
 
+TEST(DeepValidate, Plugin_draws_500_networks_alike_on_two_drivers) {
+    expectClean(validation(TOVAR_PLIME, {"--reproduce", "drivers:1", "--expect", Expected}));
+}
+
 TEST(DeepValidate, Plugin_survives_a_minute_of_drawn_operations) {
-    expectClean(validation(TOVAR_PLIME, {"--reproduce", "soak:1"}));
+    expectClean(validation(TOVAR_PLIME, {"--reproduce", "soak:1"}, {{"KROD_VALIDATE_SOAK", "60"}}));
 }

@@ -50,9 +50,11 @@ void checkValueTexts(Trial& trial);
 void checkRepeatable(Trial& trial);
 void checkCommaLocale(Trial& trial);
 void checkShaderTexts(Trial& trial);
+void checkShaderSettings(Trial& trial);
 void checkFallbacks(Trial& trial);
 void checkPrograms(Trial& trial);
 void checkPictures(Trial& trial);
+void checkExpectedPictures(Trial& trial);
 void checkTiles(Trial& trial);
 void checkOpenGlState(Trial& trial);
 // 6: hostile values
@@ -61,24 +63,38 @@ void checkForeignTiles(Trial& trial);
 void checkGuardedTiles(Trial& trial);
 void checkHalves(Trial& trial);
 void checkRefusedInputs(Trial& trial);
+void checkEmptyReferences(Trial& trial);
 // 7: OpenGL under stress
 void checkSamples(Trial& trial);
 void checkSizes(Trial& trial);
+void checkSecondDriver(Trial& trial);
 void checkPendingErrors(Trial& trial);
+void checkDebugMessages(Trial& trial);
 void checkShaderFiles(Trial& trial);
+void checkRefusedPrograms(Trial& trial);
 void checkOpenGlObjects(Trial& trial);
+void checkFrameMemory(Trial& trial);
 // 8: life cycle
 void checkReloadOften(Trial& trial);
+void checkReloadDrawing(Trial& trial);
 void checkLivingObjects(Trial& trial);
 void checkHeldProcessor(Trial& trial);
+void checkHeldException(Trial& trial);
 void checkCopy(Trial& trial);
+void checkThreads(Trial& trial);
+void checkFork(Trial& trial);
 // 9: faults around the plug-in
 void checkAllocationInLoad(Trial& trial);
 void checkAllocationInWork(Trial& trial);
+void checkAllocationInDrawing(Trial& trial);
 void checkThrowingHost(Trial& trial);
+void checkFailingOpenGl(Trial& trial);
+void checkLostContext(Trial& trial);
 void checkClosedOutput(Trial& trial);
+void checkInterruptions(Trial& trial);
 void checkDescriptors(Trial& trial);
 // 10
 void checkSoak(Trial& trial);
+void checkDrivers(Trial& trial);
 
 } // namespace workbench::validate

@@ -8,9 +8,9 @@
 namespace workbench::validate {
 namespace {
 
-constexpr bool Drawn = true, Fixed = false;          // random or not
-constexpr bool Compared = true, Alone = false;       // with an expectation file or without
-constexpr int Usual = 30, Drawing = 120, Long = 300; // seconds
+constexpr bool Drawn = true, Fixed = false;                          // random or not
+constexpr bool Compared = true, Alone = false;                       // with an expectation file or without
+constexpr int Usual = 30, Drawing = 120, Long = 300, Soaking = 1500; // seconds
 
 constexpr auto Table = std::to_array<Check>({
     // 1: the file, none of its code runs
@@ -82,11 +82,15 @@ constexpr auto Table = std::to_array<Check>({
     {"comma-locale", 5, "update", Drawn, Alone, Usual,
      "gives the same shader text where decimals have a comma", checkCommaLocale},
     {"shader-texts", 5, "update", Fixed, Compared, Usual, "has the expected shader texts", checkShaderTexts},
+    {"shader-settings", 5, "update", Fixed, Compared, Usual,
+     "has the expected shader texts at 20 drawn settings", checkShaderSettings},
     {"fallbacks", 5, "update", Fixed, Alone, Usual, "works while parameters cannot be read", checkFallbacks},
     {"programs", 5, "update", Fixed, Alone, Drawing, "has shader texts that this driver compiles",
      checkPrograms},
     {"pictures", 5, "programs", Drawn, Alone, Drawing, "draws the same small picture twice, without an error",
      checkPictures},
+    {"expected-pictures", 5, "pictures", Fixed, Compared, Drawing, "draws the expected pictures",
+     checkExpectedPictures},
     {"tiles", 5, "programs", Drawn, Alone, Drawing, "processes the same tile twice in the same way",
      checkTiles},
     {"opengl-state", 5, "pictures", Fixed, Alone, Drawing, "leaves OpenGL's state as it was",
@@ -101,35 +105,63 @@ constexpr auto Table = std::to_array<Check>({
     {"halves", 6, "tiles", Fixed, Alone, Drawing, "processes every value that a half can have", checkHalves},
     {"refused-inputs", 6, "input-creators", Fixed, Alone, Usual,
      "says once that an input creator was refused, and goes on", checkRefusedInputs},
+    {"empty-references", 6, "pictures", Fixed, Alone, Usual,
+     "works on when it is given nothing instead of an object", checkEmptyReferences},
     // 7: OpenGL under stress
     {"samples", 7, "pictures", Fixed, Alone, Drawing, "draws with any number of samples", checkSamples},
     {"sizes", 7, "pictures", Fixed, Alone, Drawing, "draws pictures of any shape", checkSizes},
+    {"second-driver", 7, "pictures", Drawn, Alone, Drawing, "works on a driver with one sample and GLSL 3.30",
+     checkSecondDriver},
     {"pending-errors", 7, "pictures", Fixed, Alone, Drawing, "does not stumble over errors of others",
      checkPendingErrors},
-    {"shader-files", 7, "pictures", Fixed, Alone, Drawing, "survives unusable shader files of users",
-     checkShaderFiles},
+    {"debug-messages", 7, "pictures", Fixed, Alone, Drawing, "gives OpenGL no reason to complain",
+     checkDebugMessages},
+    {"shader-files", 7, "pictures", Fixed, Alone, Drawing,
+     "works with shader files of users, good ones and others", checkShaderFiles},
+    {"refused-programs", 7, "pictures", Fixed, Alone, Drawing, "survives a driver that refuses its programs",
+     checkRefusedPrograms},
     {"opengl-objects", 7, "pictures", Fixed, Alone, Long, "gives back the OpenGL objects of 100 frames",
      checkOpenGlObjects},
+    {"frame-memory", 7, "pictures", Fixed, Alone, Long, "takes at most 8 MiB in 1,000 frames",
+     checkFrameMemory},
     // 8: life cycle
     {"reload-often", 8, "reload", Fixed, Alone, Long, "can be loaded and unloaded 1,000 times",
      checkReloadOften},
+    {"reload-drawing", 8, "pictures", Fixed, Alone, Long, "can be loaded, draw and be unloaded 200 times",
+     checkReloadDrawing},
     {"living-objects", 8, "withdrawal", Fixed, Alone, Usual,
      "takes its living objects along when it is unloaded", checkLivingObjects},
     {"held-processor", 8, "withdrawal", Fixed, Alone, Usual, "stays as long as a processor of it is held",
      checkHeldProcessor},
+    {"held-exception", 8, "withdrawal", Fixed, Alone, Usual, "throws what can be read when it is gone",
+     checkHeldException},
     {"copy", 8, "withdrawal", Fixed, Alone, Usual, "works beside a copy of itself", checkCopy},
+    {"threads", 8, "withdrawal", Fixed, Alone, Drawing, "can be loaded, used and unloaded by four threads",
+     checkThreads},
+    {"fork", 8, "withdrawal", Fixed, Alone, Usual, "works on in a process that is forked", checkFork},
     // 9: faults around the plug-in
     {"allocation-in-load", 9, "load", Fixed, Alone, Long,
      "ends in order when memory runs out while it is loaded", checkAllocationInLoad},
     {"allocation-in-work", 9, "update", Fixed, Alone, Long, "survives running out of memory at work",
      checkAllocationInWork},
+    {"allocation-in-drawing", 9, "pictures", Fixed, Alone, Long,
+     "survives running out of memory while it draws", checkAllocationInDrawing},
     {"throwing-host", 9, "release", Fixed, Alone, Drawing, "lets exceptions of its surroundings pass",
      checkThrowingHost},
+    {"failing-opengl", 9, "pictures", Drawn, Alone, Long,
+     "says so when OpenGL runs out of memory, and recovers", checkFailingOpenGl},
+    {"lost-context", 9, "pictures", Drawn, Alone, Long,
+     "says so when its context is lost, and works in another", checkLostContext},
     {"closed-output", 9, "withdrawal", Fixed, Alone, Usual, "does not mind a standard output that is gone",
      checkClosedOutput},
-    {"descriptors", 9, "update", Fixed, Alone, Usual, "works while no file can be opened", checkDescriptors},
+    {"interruptions", 9, "pictures", Fixed, Alone, Drawing, "works while signals interrupt it",
+     checkInterruptions},
+    {"descriptors", 9, "update", Fixed, Alone, Usual,
+     "works while 256 files are open, and while none can be opened", checkDescriptors},
     // 10
-    {"soak", 10, "update", Drawn, Alone, Long, "survives a minute of drawn operations", checkSoak},
+    {"drivers", 10, "pictures", Drawn, Compared, Long, "draws 500 drawn networks alike on two drivers",
+     checkDrivers},
+    {"soak", 10, "update", Drawn, Alone, Soaking, "survives ten minutes of drawn operations", checkSoak},
 });
 
 } // namespace

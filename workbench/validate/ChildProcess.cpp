@@ -21,7 +21,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr rlim_t MostData = rlim_t{4} << 30;
+[[maybe_unused]] constexpr rlim_t MostData = rlim_t{4} << 30;
 constexpr rlim_t MostFile = rlim_t{256} << 20;
 constexpr std::size_t MostErrors = 2000;      // bytes that are kept of standard error
 constexpr std::size_t MostResult = 1U << 20U; // no outcome is longer

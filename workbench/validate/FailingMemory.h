@@ -2,6 +2,10 @@
 // Memory that runs out on purpose.
 #pragma once
 
+#include "workbench/platform/SharedLibrary.h"
+
+#include <vector>
+
 namespace workbench::validate {
 
 /// From construction to destruction the n-th request for memory by `operator new` fails, counted from 1 over
@@ -9,6 +13,8 @@ namespace workbench::validate {
 class FailingMemory {
 public:
     explicit FailingMemory(long n) noexcept;
+    /// Counts only what is asked for by code that lies in one of the ranges, which have to outlive this.
+    FailingMemory(long n, const std::vector<AddressRange>& askers) noexcept;
     FailingMemory(const FailingMemory&) = delete;
     FailingMemory& operator=(const FailingMemory&) = delete;
     ~FailingMemory();

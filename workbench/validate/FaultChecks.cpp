@@ -2,100 +2,62 @@
 // Level 9: what surrounds the plug-in fails.
 #include "workbench/core/ObjectRegistry.h"
 #include "workbench/validate/CheckFunctions.h"
-#include "workbench/validate/FailingMemory.h"
-#include "workbench/validate/Guest.h"
-#include "workbench/validate/Module.h"
+#include "workbench/validate/Drawing.h"
 
 #include "host/gl/MSDeferredObjectDisplay.h"
 
-#include <algorithm>
 #include <array>
 #include <csignal>
 #include <cstdio>
 #include <exception>
 #include <functional>
-#include <new>
+#include <stdexcept>
+#include <utility>
 
 #include <fcntl.h>
 #include <sys/resource.h>
-#include <sys/wait.h>
+#include <sys/time.h>
 #include <unistd.h>
 
 namespace workbench::validate {
 namespace {
 
-constexpr int NotReached = 3, Loaded = 0, Refused = 4;
-constexpr long MostAllocations = 20000;
+constexpr int HighDescriptor = 256;
 
-/// Loads the plug-in in yet another child while the n-th request for memory fails; how the child ended.
-int loadWithFailure(const Trial& trial, long n) {
-    const pid_t child = ::fork();
-    if (child == 0) {
-        const int nowhere = ::open("/dev/null", O_WRONLY);
-        ::dup2(nowhere, 2);
-        int code = Loaded;
-        try {
-            const FailingMemory failing(n);
-            const Guest guest(trial);
-            code = FailingMemory::hasFailed() ? Loaded : NotReached;
-        } catch (const std::exception&) {
-            code = Refused;
-        }
-        ::_exit(code);
-    }
-    int status = 0;
-    while (child > 0 && ::waitpid(child, &status, 0) < 0) continue;
-    return status;
-}
+[[noreturn]] void throwTheHosts() { throw std::runtime_error("the host throws"); }
 
-/// What of `work` is left when the n-th request for memory fails in it, for every n.
-void exhaust(Trial& trial, const std::string& who, const std::function<void()>& work) {
-    const std::size_t objects = ObjectRegistry::count();
-    for (long n = 1; n < MostAllocations; ++n) {
-        bool reached = false;
-        std::string thrown;
-        {
-            const FailingMemory failing(n);
-            try {
-                work();
-            } catch (const std::bad_alloc&) {
-                thrown.clear();
-            } catch (const std::exception& error) {
-                thrown = error.what();
-            }
-            reached = FailingMemory::hasFailed();
-        }
-        if (!thrown.empty())
-            return trial.fail(who + ": throws \"" + thrown +
-                              "\" and not std::bad_alloc when memory runs out");
-        if (!trial.require(ObjectRegistry::count() == objects,
-                           who + ": leaves an object behind when memory runs out"))
-            return;
-        if (!reached) return;
-    }
-}
+/// What of the listener throws.
+enum class Hearing { Creation, Warning };
 
-/// Listens to creations and throws.
+/// Hears creations and warnings, and throws at one of them.
 class ThrowingListener : public ActionListener {
 public:
-    ThrowingListener() : before(setActionListener(this)) {}
+    explicit ThrowingListener(Hearing what) : what(what), before(setActionListener(this)) {}
     ThrowingListener(const ThrowingListener&) = delete;
     ThrowingListener& operator=(const ThrowingListener&) = delete;
     ~ThrowingListener() override { setActionListener(before); }
     void created(const krod::StrongPtr<krod::VObject>&, krod::VCreationContext&,
                  krod::VCreatorBase&) override {
-        throw std::runtime_error("the host throws");
+        if (what == Hearing::Creation) throwTheHosts();
+    }
+    void warning(const std::string&) override {
+        if (what == Hearing::Warning) throwTheHosts();
     }
 
 private:
+    Hearing what;
     ActionListener* before;
 };
 
 class ThrowingInput : public krod::VGLRenderObject {
 public:
     ThrowingInput() : VGLRenderObject("throwing", 0, {}) {}
-    void draw(krod::VGLRenderContext&) override { throw std::runtime_error("the host throws"); }
-    [[nodiscard]] krod::BoundingSphere bounds() const override { return {0, 0, 0, 1}; }
+    void draw(krod::VGLRenderContext&) override { throwTheHosts(); }
+    [[nodiscard]] krod::BoundingSphere bounds() const override {
+        if (boundsThrow) throwTheHosts();
+        return {0, 0, 0, 1};
+    }
+    bool boundsThrow = false;
 };
 
 bool throwsTheHosts(const std::function<void()>& work) {
@@ -106,6 +68,56 @@ bool throwsTheHosts(const std::function<void()>& work) {
     }
     return false;
 }
+
+void throwAtCreation(Trial& trial, const Guest& guest) {
+    const ThrowingListener listener(Hearing::Creation);
+    for (const Maker& maker : guest.makers()) {
+        trial.require(throwsTheHosts([&] { static_cast<void>(maker.make()); }),
+                      maker.label + ": swallows what the host throws when it hears of a new object");
+        trial.require(ObjectRegistry::count() == 0,
+                      maker.label + ": leaves an object behind when the host throws at its creation");
+    }
+}
+
+/// A session warns once of more samples than there are.
+void throwAtWarning(Trial& trial, const Maker& maker, krod::VObject& object) {
+    const auto samples = std::as_const(object).slots().input("samples");
+    if (!samples || !draws(object)) return;
+    krod::VValuePool pool;
+    pool.set(*samples, krod::makeValue(1000));
+    const auto work = [&] {
+        const auto session = openSession(trial);
+        static_cast<void>(draw(*session, object, pool, 4, 4));
+    };
+    {
+        const Ears ears;
+        work();
+        if (ears.warnings.empty()) return;
+    }
+    const ThrowingListener listener(Hearing::Warning);
+    trial.require(throwsTheHosts(work),
+                  maker.label + ": swallows what the host throws when it hears a warning");
+}
+
+/// A thousand signals each second, each of which interrupts what the process waits for.
+class Interruptions {
+public:
+    Interruptions() {
+        struct sigaction action {};
+        action.sa_handler = [](int) {}; // without SA_RESTART
+        ::sigaction(SIGALRM, &action, nullptr);
+        set(1000);
+    }
+    Interruptions(const Interruptions&) = delete;
+    Interruptions& operator=(const Interruptions&) = delete;
+    ~Interruptions() { set(0); }
+
+private:
+    static void set(suseconds_t period) {
+        const itimerval timer{{0, period}, {0, period}};
+        ::setitimer(ITIMER_REAL, &timer, nullptr);
+    }
+};
 
 /// Everything that prints: a whole life with objects and a tile.
 void liveOnce(Trial& trial) {
@@ -121,49 +133,23 @@ void liveOnce(Trial& trial) {
 
 } // namespace
 
-void checkAllocationInLoad(Trial& trial) {
-    for (long n = 1; n < MostAllocations; ++n) {
-        const int status = loadWithFailure(trial, n);
-        if (WIFEXITED(status) && WEXITSTATUS(status) == NotReached) return;
-        const bool inOrder = WIFEXITED(status)
-                                 ? WEXITSTATUS(status) == Loaded || WEXITSTATUS(status) == Refused
-                                 : WTERMSIG(status) == SIGABRT;
-        if (!trial.require(inOrder,
-                           "breaks down when allocation " + std::to_string(n) + " of its loading fails"))
-            return;
-    }
-}
-
-void checkAllocationInWork(Trial& trial) {
-    const Guest guest(trial);
-    for (const Maker& maker : guest.makers()) {
-        exhaust(trial, maker.label + ", created", [&] { static_cast<void>(maker.make("name")); });
-        const Object object = maker.make();
-        if (waitsForText(*object)) continue;
-        exhaust(trial, maker.label + ", updated", [&] { static_cast<void>(shaderTexts(*object)); });
-        static_cast<void>(shaderTexts(*object)); // it works again
-    }
-}
-
 void checkThrowingHost(Trial& trial) {
     const Guest guest(trial);
-    {
-        const ThrowingListener listener;
-        for (const Maker& maker : guest.makers()) {
-            trial.require(throwsTheHosts([&] { static_cast<void>(maker.make()); }),
-                          maker.label + ": swallows what the host throws when it hears of a new object");
-            trial.require(ObjectRegistry::count() == 0,
-                          maker.label + ": leaves an object behind when the host throws at its creation");
-        }
-    }
+    throwAtCreation(trial, guest);
     const auto session = openSession(trial);
     for (const Maker& maker : guest.makers()) {
         const Object object = maker.make();
+        throwAtWarning(trial, maker, *object);
+        session->makeCurrent();
         auto* const display = dynamic_cast<krod::MSDeferredObjectDisplay*>(object.get());
         if (!display) continue;
-        display->setInput(krod::StrongPtr<krod::VGLRenderObject>(new ThrowingInput));
+        auto* const input = new ThrowingInput;
+        display->setInput(krod::StrongPtr<krod::VGLRenderObject>(input));
         trial.require(throwsTheHosts([&] { static_cast<void>(draw(*session, *object, {}, 4, 4)); }),
-                      maker.label + ": swallows what its input throws");
+                      maker.label + ": swallows what its input throws when it is drawn");
+        input->boundsThrow = true;
+        trial.require(throwsTheHosts([&] { static_cast<void>(display->bounds()); }),
+                      maker.label + ": swallows what its input throws when it is asked where it is");
     }
 }
 
@@ -181,14 +167,36 @@ void checkClosedOutput(Trial& trial) {
     trial.require(::fcntl(1, F_GETFD) < 0, "opens standard output again");
 }
 
-void checkDescriptors(Trial& trial) {
+void checkInterruptions(Trial& trial) {
     const Guest guest(trial);
-    const rlimit none{0, 0};
-    ::setrlimit(RLIMIT_NOFILE, &none);
+    const auto session = openSession(trial);
     for (const Maker& maker : guest.makers()) {
         const Object object = maker.make();
-        if (!waitsForText(*object)) static_cast<void>(shaderTexts(*object));
+        const Pixels quiet = drawOrProcess(*session, *object, {}, 32, 32);
+        const Interruptions storm;
+        for (int i = 0; i < 20; ++i)
+            worksWell(trial, maker.label + ", with a thousand signals each second", *object, [&] {
+                trial.require(sameBits(drawOrProcess(*session, *object, {}, 32, 32), quiet),
+                              maker.label + ": draws another picture with a thousand signals each second");
+            });
     }
+    const Interruptions storm;
+    for (int i = 0; i < 5; ++i) liveOnce(trial);
+}
+
+void checkDescriptors(Trial& trial) {
+    const Guest guest(trial);
+    const auto work = [&] {
+        for (const Maker& maker : guest.makers()) {
+            const Object object = maker.make();
+            if (!waitsForText(*object)) static_cast<void>(shaderTexts(*object));
+        }
+    };
+    for (int file = 0; file >= 0 && file < HighDescriptor;) file = ::open("/dev/null", O_RDONLY);
+    work(); // a file that is opened now gets a number beyond a byte
+    const rlimit none{0, 0};
+    ::setrlimit(RLIMIT_NOFILE, &none);
+    work();
 }
 
 } // namespace workbench::validate

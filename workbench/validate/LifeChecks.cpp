@@ -3,12 +3,15 @@
 #include "workbench/core/ObjectRegistry.h"
 #include "workbench/report/Failure.h"
 #include "workbench/validate/CheckFunctions.h"
-#include "workbench/validate/Guest.h"
-#include "workbench/validate/Module.h"
+#include "workbench/validate/Drawing.h"
+#include "workbench/validate/OpenGlCensus.h"
 
 #include <algorithm>
+#include <chrono>
+#include <exception>
 #include <filesystem>
 #include <fstream>
+#include <utility>
 
 #include <malloc.h>
 #include <unistd.h>
@@ -20,6 +23,7 @@ namespace fs = std::filesystem;
 
 constexpr std::size_t MostGrowth = 1U << 20U; // bytes in 1,000 lives
 constexpr int Lives = 1000, BusyLives = 200;
+constexpr auto LongestDrawing = std::chrono::seconds(30); // for modules that need much time
 
 std::vector<Object> oneOfEach(const Guest& guest) {
     std::vector<Object> objects;
@@ -91,6 +95,54 @@ void checkReloadOften(Trial& trial) {
     trial.require(openFiles() <= files, "leaves files open when it is unloaded");
     trial.require(linesOf("/proc/self/maps") <= mappings + 8,
                   "leaves mappings of memory behind when it is unloaded");
+}
+
+void checkReloadDrawing(Trial& trial) {
+    const auto session = openSession(trial);
+    const auto liveDrawing = [&] {
+        Guest guest(trial);
+        forEachDrawing(guest, [&](const Maker& maker, krod::VObject& object) {
+            worksWell(trial, maker.label, object,
+                      [&] { static_cast<void>(draw(*session, object, {}, 8, 8)); });
+        });
+        guest.unload();
+        delete &guest.manager();
+    };
+    for (int i = 0; i < 5; ++i) liveDrawing();
+    const auto before = openGlObjects();
+    const auto end = std::chrono::steady_clock::now() + LongestDrawing;
+    int lives = 0;
+    while (lives++ < BusyLives && !trial.hasFailed() && std::chrono::steady_clock::now() < end) liveDrawing();
+    for (const auto& [what, count] : openGlObjects())
+        trial.require(count <= before.at(what),
+                      "leaves " + std::to_string(count - before.at(what)) + ' ' + what +
+                          " behind when it is loaded, draws and is unloaded again and again");
+}
+
+void checkHeldException(Trial& trial) {
+    Guest guest(trial);
+    auto& held =
+        *new std::vector<std::exception_ptr>; // a broken one would not survive its destruction, either
+    for (const Object& object : oneOfEach(guest))
+        for (const auto& input : std::as_const(*object).slots().inputs())
+            for (const Value& value : hostileValues(*input.parameter)) {
+                krod::VValuePool pool;
+                pool.set(*input.parameter, value);
+                try {
+                    update(*object, pool);
+                    static_cast<void>(shaderTexts(*object, pool));
+                } catch (...) {
+                    held.push_back(std::current_exception());
+                }
+            }
+    guest.unload();
+    for (std::exception_ptr& one : held) {
+        try {
+            std::rethrow_exception(std::exchange(one, nullptr));
+        } catch (const std::exception& error) {
+            trial.require(*error.what() != '\0', "throws an exception that says nothing");
+        }
+    }
 }
 
 void checkLivingObjects(Trial& trial) {

@@ -25,8 +25,8 @@ public:
         constexpr double Corners[4][3] = {
             {-0.8, -0.8, 0.5}, {0.8, -0.8, 0}, {0.8, 0.8, -0.5}, {-0.8, 0.8, 0}};
         glEnable(GL_DEPTH_TEST);
-        glBegin(GL_QUADS);
-        for (int corner = 0; corner < 4; ++corner) {
+        glBegin(GL_TRIANGLES); // drivers cut quads along either diagonal
+        for (const int corner : {0, 1, 2, 0, 2, 3}) {
             glColor4fv(Colours[corner]);
             glVertex3dv(Corners[corner]);
         }

@@ -2,6 +2,7 @@
 // Level 4: what a creator makes.
 #include "host/core/TypedSlotCreator.h"
 #include "workbench/core/ObjectRegistry.h"
+#include "workbench/report/Failure.h"
 #include "workbench/validate/CheckFunctions.h"
 #include "workbench/validate/Expectation.h"
 #include "workbench/validate/Guest.h"
@@ -189,6 +190,27 @@ void checkMemory(Trial& trial) {
         trial.require(after <= before + MostGrowth, maker.label + ": loses " +
                                                         std::to_string((after - before) / 100) +
                                                         " bytes with each object");
+    }
+}
+
+void checkEmptyReferences(Trial& trial) {
+    const Guest guest(trial);
+    const auto session = openSession(trial);
+    for (const Maker& maker : guest.makers()) {
+        const Object object = maker.make();
+        auto* const display = dynamic_cast<krod::MSDeferredObjectDisplay*>(object.get());
+        if (!display) continue;
+        trial.require(display->accept({}).empty(), maker.label + ": accepts nothing as its input");
+        connectScene(*object);
+        display->setInput({});
+        const krod::VValuePool pool;
+        krod::VGLRenderContext context(pool, 4, 4);
+        try {
+            display->render(context);
+            trial.fail(maker.label + ": draws without an input");
+        } catch (const Failure&) {
+            continue; // that is what the host says
+        }
     }
 }
 

@@ -1,21 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
 // Levels 5 and 7: drawing with OpenGL.
 #include "workbench/gl/PendingErrors.h"
-#include "workbench/gl/ShaderFiles.h"
-#include "workbench/report/Failure.h"
+#include "workbench/platform/EglContext.h"
 #include "workbench/validate/CheckFunctions.h"
-#include "workbench/validate/Guest.h"
-#include "workbench/validate/Module.h"
+#include "workbench/validate/Drawing.h"
 #include "workbench/validate/OpenGlCensus.h"
 
 #include <epoxy/gl.h>
 
 #include <array>
-#include <cstdio>
+#include <chrono>
+#include <cstring>
 #include <exception>
-#include <filesystem>
 #include <fstream>
-#include <functional>
 #include <utility>
 
 #include <unistd.h>
@@ -23,76 +20,16 @@
 namespace workbench::validate {
 namespace {
 
-namespace fs = std::filesystem;
+constexpr std::size_t MostGrowth = 8U << 20U;             // bytes of many frames
+constexpr auto LongestDrawing = std::chrono::seconds(30); // for modules that need much time
 
-/// Whether a module may refuse its work in this way: it waits for a file.
-bool mayRefuse(const krod::VObject& object, const Failure& failure) {
-    return waitsForText(object) && (failure.fault() == Fault::Usage || failure.fault() == Fault::Input);
+/// What the process has in memory.
+std::size_t residentBytes() {
+    std::ifstream file("/proc/self/statm");
+    std::size_t all = 0, resident = 0;
+    file >> all >> resident;
+    return resident * static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
 }
-
-/// Notes what `work` throws, and OpenGL errors that are pending afterwards. Whether it came to its end.
-bool worksWell(Trial& trial, const std::string& who, const krod::VObject& object,
-               const std::function<void()>& work) {
-    bool done = false;
-    try {
-        work();
-        done = true;
-    } catch (const Failure& failure) {
-        if (!mayRefuse(object, failure)) trial.fail(who + ": throws \"" + failure.what() + '"');
-    } catch (const std::exception& error) {
-        trial.fail(who + ": throws \"" + error.what() + '"');
-    }
-    for (const unsigned error : takePendingErrors())
-        trial.fail(who + ": leaves the OpenGL error " + errorText(error) + " behind");
-    return done;
-}
-
-/// Calls a function with each object that draws.
-void forEachDrawing(const Guest& guest, const std::function<void(const Maker&, krod::VObject&)>& call) {
-    for (const Maker& maker : guest.makers()) {
-        const Object object = maker.make();
-        if (draws(*object)) call(maker, *object);
-    }
-}
-
-/// Whether a value makes a module draw so many things that software takes minutes.
-bool isManyThings(const krod::VValueBase& value) {
-    const auto* const count = dynamic_cast<const krod::TypedValue<int>*>(&value);
-    return count && count->value() > 1000;
-}
-
-/// A pool in which every parameter has one of its usual values, and the words for it.
-krod::VValuePool drawnSetting(const krod::VObject& object, Trial& trial, std::string& text) {
-    krod::VValuePool pool;
-    for (const auto& input : object.slots().inputs()) {
-        const auto values = usualValues(*input.parameter, trial);
-        const Value& value = values[trial.draw(values.size())];
-        if (isManyThings(*value)) continue;
-        pool.set(*input.parameter, value);
-        text += (text.empty() ? " with " : ", ") + settingText(*input.parameter, *value);
-    }
-    return pool;
-}
-
-/// A folder that goes with its owner.
-class Folder {
-public:
-    Folder() {
-        std::string name = (fs::temp_directory_path() / "plime-validate-XXXXXX").string();
-        if (!::mkdtemp(name.data())) throw std::runtime_error("no folder for temporary files can be made");
-        where = name;
-    }
-    Folder(const Folder&) = delete;
-    Folder& operator=(const Folder&) = delete;
-    ~Folder() {
-        std::error_code ignored;
-        fs::remove_all(where, ignored);
-    }
-    [[nodiscard]] const fs::path& path() const { return where; }
-
-private:
-    fs::path where;
-};
 
 } // namespace
 
@@ -166,7 +103,7 @@ void checkSamples(Trial& trial) {
 void checkSizes(Trial& trial) {
     const Guest guest(trial);
     const auto session = openSession(trial);
-    constexpr std::array<std::pair<int, int>, 4> Sizes = {{{1, 1}, {1, 1024}, {1024, 1}, {7, 3}}};
+    constexpr std::array<std::pair<int, int>, 4> Sizes = {{{1, 1}, {1, 4096}, {4096, 1}, {7, 3}}};
     for (const Maker& maker : guest.makers()) {
         const Object object = maker.make();
         for (const auto& [width, height] : Sizes) {
@@ -196,32 +133,6 @@ void checkPendingErrors(Trial& trial) {
     }
 }
 
-void checkShaderFiles(Trial& trial) {
-    const Guest guest(trial);
-    const auto session = openSession(trial);
-    const Folder folder;
-    const Ears ears;
-    const std::array<std::string, 4> contents = {"", "this is no shader", std::string(1U << 20U, ' '),
-                                                 std::string("\0\xff{{{{", 6)};
-    setShaderFolders({folder.path()});
-    for (const std::string& content : contents)
-        for (const Maker& maker : guest.makers()) {
-            const auto& source = maker.creator->properties().source;
-            for (const std::string& name : {maker.creator->name(), source.value_or("none")})
-                if (name.find('/') == std::string::npos)
-                    std::ofstream(folder.path() / (name + ".frag"), std::ios::binary) << content;
-            const Object object = maker.make();
-            if (!draws(*object)) continue;
-            try {
-                static_cast<void>(draw(*session, *object, {}, 8, 8));
-            } catch (const Failure& failure) {
-                trial.require(failure.fault() == Fault::Shader || mayRefuse(*object, failure),
-                              maker.label + ": throws \"" + failure.what() +
-                                  "\" with an unusable shader file");
-            }
-        }
-}
-
 void checkOpenGlObjects(Trial& trial) {
     const Guest guest(trial);
     const auto session = openSession(trial);
@@ -238,6 +149,52 @@ void checkOpenGlObjects(Trial& trial) {
             trial.require(count <= before.at(what), maker.label + ": leaves " +
                                                         std::to_string(count - before.at(what)) + ' ' + what +
                                                         " behind in 100 frames");
+    });
+}
+
+void checkDebugMessages(Trial& trial) {
+    const Guest guest(trial);
+    const auto session = openSession(trial);
+    if (!session->properties().debug) throw Skipped{"this driver tells nothing of errors by itself"};
+    std::vector<std::string> errors;
+    glEnable(GL_DEBUG_OUTPUT);
+    glEnable(GL_DEBUG_OUTPUT_SYNCHRONOUS);
+    glDebugMessageCallback(
+        [](GLenum, GLenum type, GLuint, GLenum, GLsizei length, const GLchar* text, const void* list) {
+            if (type != GL_DEBUG_TYPE_ERROR) return;
+            auto& all = *static_cast<std::vector<std::string>*>(const_cast<void*>(list));
+            all.emplace_back(text, length < 0 ? std::strlen(text) : static_cast<std::size_t>(length));
+        },
+        &errors);
+    for (const Maker& maker : guest.makers()) {
+        const Object object = maker.make();
+        worksWell(trial, maker.label, *object, [&] { static_cast<void>(drawOrProcess(*session, *object)); });
+        for (const std::string& error : errors) trial.fail(maker.label + ": makes OpenGL complain: " + error);
+        errors.clear();
+    }
+    glDebugMessageCallback(nullptr, nullptr);
+}
+
+void checkFrameMemory(Trial& trial) {
+    const Guest guest(trial);
+    const auto session = openSession(trial);
+    int count = 1000; // of the first module; the others have fewer
+    const auto end = std::chrono::steady_clock::now() + LongestDrawing;
+    forEachDrawing(guest, [&](const Maker& maker, krod::VObject& object) {
+        const auto frames = [&](int number) {
+            return worksWell(trial, maker.label, object, [&] {
+                for (int i = 0; i < number && (i == 0 || std::chrono::steady_clock::now() < end); ++i)
+                    static_cast<void>(draw(*session, object, {}, 8, 8));
+            });
+        };
+        if (!frames(20)) return;
+        const std::size_t before = residentBytes();
+        frames(count);
+        const std::size_t now = residentBytes();
+        trial.require(now <= before + MostGrowth, maker.label + ": takes " +
+                                                      std::to_string((now - before) >> 20U) + " MiB in " +
+                                                      std::to_string(count) + " frames");
+        count = 100;
     });
 }
 

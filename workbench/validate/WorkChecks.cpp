@@ -2,7 +2,6 @@
 // Level 5 without OpenGL, and level 6 as far as it is about values.
 #include "workbench/report/Failure.h"
 #include "workbench/validate/CheckFunctions.h"
-#include "workbench/validate/Expectation.h"
 #include "workbench/validate/Guest.h"
 #include "workbench/validate/Module.h"
 
@@ -134,19 +133,6 @@ void checkCommaLocale(Trial& trial) {
     const Texts before = allTexts(guest, seed);
     setCommas();
     compareTexts(trial, before, allTexts(guest, seed), "where decimals have a comma");
-}
-
-void checkShaderTexts(Trial& trial) {
-    const Guest guest(trial);
-    for (const Maker& maker : guest.makers()) {
-        const auto* expected = findExpected(trial, maker.label);
-        if (!expected || !expected->contains("shader")) continue;
-        const Texts texts = shaderTexts(*maker.make());
-        trial.require(texts.size() == 1 && texts[0] == expected->at("shader").get<std::string>(),
-                      maker.label +
-                          ": has another shader text than expected; compare it with `plime shader " +
-                          maker.label + '`');
-    }
 }
 
 void checkFallbacks(Trial& trial) {
