@@ -35,7 +35,7 @@ void bindScene(const Target& target) {
 }
 
 /// The quad of a display, as short as OpenGL allows.
-void drawQuad() {
+void drawStrip() {
     glBegin(GL_TRIANGLE_STRIP);
     for (const auto& [x, y] : {std::pair{-1.0f, -1.0f}, {1.0f, -1.0f}, {-1.0f, 1.0f}, {1.0f, 1.0f}})
         glVertex3f(x, y, 1.0f);
@@ -105,7 +105,7 @@ BareFrame::BareFrame(const DisplayCase& about, MSDeferredObjectDisplay& display,
     program = RenderSession::require("benchmark").programs().find(texts.front());
 }
 
-void BareFrame::draw() {
+void BareFrame::drawScene() {
     destination.begin();
     glBindFramebuffer(GL_FRAMEBUFFER, target.framebuffer);
     glDisable(GL_BLEND);
@@ -113,19 +113,27 @@ void BareFrame::draw() {
     glClearColor(0, 0, 0, 0);
     glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
     scene.render(context);
+}
 
+void BareFrame::setSamples(unsigned name, int samples) {
+    glUseProgram(name);
+    glUniform1i(glGetUniformLocation(name, "nSamples"), samples);
+    glUseProgram(0);
+}
+
+void BareFrame::drawQuad(unsigned name) {
     glBindFramebuffer(GL_FRAMEBUFFER, destination.target.framebuffer);
     glMatrixMode(GL_PROJECTION);
     glLoadIdentity();
     glMatrixMode(GL_MODELVIEW);
     glLoadIdentity();
-    glUseProgram(program->name.get());
+    glUseProgram(name);
     bindScene(target);
     setSwitch(GL_DEPTH_TEST, about.depthTest);
     setSwitch(GL_BLEND, about.blend);
     glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
     glDepthMask(about.depthTest ? GL_FALSE : GL_TRUE);
-    drawQuad();
+    drawStrip();
     glUseProgram(0);
     glFinish();
 }

@@ -56,7 +56,19 @@ public:
     BareFrame(const DisplayCase& about, krod::MSDeferredObjectDisplay& display, krod::VGLRenderObject& scene,
               const Destination& destination, const krod::VValuePool& pool);
 
-    void draw();
+    void draw() {
+        drawScene();
+        drawQuad(program->name.get());
+    }
+
+    /// The first half of a frame: the object into the multisample target.
+    void drawScene();
+    /// The second half: the quad through a program; finishes.
+    void drawQuad(unsigned name);
+    /// Tells a program how many samples there are, whatever there are.
+    static void setSamples(unsigned name, int samples);
+    /// The display's own program.
+    [[nodiscard]] unsigned programName() const { return program->name.get(); }
 
 private:
     const DisplayCase& about;

@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 // Chains of modules in one run of `plime process` against one run for each module: a chain reads and writes the
 // picture once.
+#include "Files.h"
 #include "Median.h"
+#include "PictureFiles.h"
+#include "Report.h"
 #include "Runs.h"
 
-#include <cstdio>
+#include <algorithm>
 
 namespace {
 
@@ -31,7 +34,8 @@ const std::vector<Chain>& chains() {
 
 double megabytes(const Run& run) { return static_cast<double>(run.read + run.written) / 1e6; }
 
-void measure(const Chain& chain, const std::string& input, const std::string& output) {
+/// The bytes that a chain reads and writes, against the last of its single runs.
+double measure(const Chain& chain, const std::string& input, const std::string& output) {
     std::vector<double> ratios, bytes, seconds;
     static_cast<void>(process(input, output, chain.modules)); // fills the caches of files and shaders
     for (int round = 0; round < Rounds; ++round) {
@@ -50,9 +54,8 @@ void measure(const Chain& chain, const std::string& input, const std::string& ou
         bytes.push_back(megabytes(together) / singleBytes);
         seconds.push_back(together.seconds);
     }
-    std::printf("%-30s %6.2f s %8.2f   %.2f .. %.2f %16.3f\n", chain.label, median(seconds), median(ratios),
-                quantile(ratios, 0), quantile(ratios, 1), median(bytes));
-    std::fflush(stdout);
+    row({chain.label, fixed(median(seconds)) + " s", spread(ratios), fixed(median(bytes), 3)});
+    return median(bytes);
 }
 
 } // namespace
@@ -60,10 +63,12 @@ void measure(const Chain& chain, const std::string& input, const std::string& ou
 int main() {
     const Folder folder;
     const std::string input = folder.file("in.exr"), output = folder.file("out.exr");
-    writeHalfPicture(input, Side);
-    std::printf("plime process, %dx%d half EXR, uncompressed; wanted: the bytes of one run\n", Side, Side);
-    std::printf("%-30s    time  chain / sum of single runs   bytes of the chain / of the last single run\n",
-                "chain");
-    for (const Chain& chain : chains()) measure(chain, input, output);
+    writePictureFile(input, pictureFormats().front(), Side);
+    table("`plime process`, 4096x4096 half EXR, uncompressed:",
+          {"chain", "time", "against the sum of single runs", "bytes, against one run"});
+    std::vector<double> bytes;
+    for (const Chain& chain : chains()) bytes.push_back(measure(chain, input, output));
+    wanted("bytes read and written by a chain, against one module", {Limit::Side::AtMost, 1.01, 3},
+           {*std::ranges::max_element(bytes)});
     return 0;
 }

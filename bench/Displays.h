@@ -16,6 +16,9 @@ struct DisplayCase {
     std::vector<Setting> settings = {};
     int pairs = 20; ///< of frames at 1280x720; fewer for slow ones
     bool depthTest = false, blend = true;
+
+    /// Takes seconds for one frame by software.
+    [[nodiscard]] bool isSlow() const { return pairs <= 5; }
 };
 
 inline const std::vector<DisplayCase>& displayCases() {

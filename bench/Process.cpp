@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // A whole run of `plime process` on a picture of 16384x16384 half pixels, without and with a shader: time and peak
 // memory. Needs 5 GB of disk in the temporary folder.
+#include "Files.h"
+#include "PictureFiles.h"
+#include "Report.h"
 #include "Runs.h"
 
-#include <cstdio>
 #include <cstring>
 
 namespace {
@@ -12,11 +14,10 @@ constexpr int Side = 16384;
 
 struct ProcessCase {
     const char* key;
-    const char* wanted;
+    double megabytes; ///< at most
 };
 
-constexpr ProcessCase Cases[] = {{"Hollywood/GammaCorrection", "under 400 MB"},
-                                 {"Hollywood/HDRToneMapping", "at most 700 MB"}};
+constexpr ProcessCase Cases[] = {{"Hollywood/GammaCorrection", 400}, {"Hollywood/HDRToneMapping", 700}};
 
 } // namespace
 
@@ -24,14 +25,16 @@ constexpr ProcessCase Cases[] = {{"Hollywood/GammaCorrection", "under 400 MB"},
 int main(int argc, char** argv) {
     const bench::Folder folder;
     const std::string input = folder.file("in.exr");
-    bench::writeHalfPicture(input, Side);
-    std::printf("plime process, %dx%d half EXR, uncompressed\n", Side, Side);
+    bench::writePictureFile(input, bench::pictureFormats().front(), Side);
+    bench::table("`plime process`, 16384x16384 half EXR, uncompressed, one run:",
+                 {"module", "time", "peak memory"});
     for (const ProcessCase& about : Cases) {
         if (argc > 1 && !std::strstr(about.key, argv[1])) continue;
-        const auto run = bench::process(input, folder.file("out.exr"), {about.key});
-        std::printf("%-34s %6.1f s   peak memory %4.0f MB   (wanted: %s)\n", about.key, run.seconds,
-                    run.peakMegabytes, about.wanted);
-        std::fflush(stdout);
+        const auto run = bench::process(input, folder.file("out.exr"), {about.key}, bench::Watch::Memory);
+        const std::string key = '`' + std::string(about.key) + '`';
+        bench::row({key, bench::fixed(run.seconds, 1) + " s", bench::fixed(run.peakMegabytes, 0) + " MB"});
+        bench::wanted("16384x16384 half EXR through " + key + ": peak memory",
+                      {bench::Limit::Side::AtMost, about.megabytes, 0, " MB"}, {run.peakMegabytes});
     }
     return 0;
 }

@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 // What the program cache does: over a hundred frames that do not change, and while a slider moves.
 #include "Displays.h"
-#include "Median.h"
+#include "Report.h"
 
 #include "workbench/gl/ProgramCache.h"
 #include "workbench/gl/RenderSession.h"
 #include "workbench/gl/SceneRenderer.h"
 #include "workbench/gl/ShaderCapture.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
-#include <cstdio>
 #include <cstring>
 #include <set>
 
@@ -44,9 +44,9 @@ std::string textOf(const Slider& slider, int step) {
 }
 
 /// A display of a scene, drawn small, since only its program counts.
-class Stage {
+class Screen {
 public:
-    explicit Stage(const std::string& key, const std::vector<Setting>& settings = {})
+    explicit Screen(const std::string& key, const std::vector<Setting>& settings = {})
         : display(modules.make<MSDeferredObjectDisplay>(key, settings)) {
         display->setInput(modules.make<VGLRenderObject>("Scene/Columns"));
         frame.width = frame.height = 32;
@@ -68,30 +68,32 @@ public:
     StrongPtr<MSDeferredObjectDisplay> display;
 };
 
-void print(const std::string& what, std::size_t texts, const workbench::ProgramCacheStatistics& counts) {
-    std::printf("%-46s %5zu %8llu %7llu %9llu %7zu %11.1f\n", what.c_str(), texts,
-                static_cast<unsigned long long>(counts.compiles),
-                static_cast<unsigned long long>(counts.hits),
-                static_cast<unsigned long long>(counts.evictions), counts.entries,
-                counts.compiles ? counts.compileSeconds * 1e3 / static_cast<double>(counts.compiles) : 0.0);
-    std::fflush(stdout);
+void printRow(const std::string& what, std::size_t texts, const workbench::ProgramCacheStatistics& counts) {
+    const auto compiles = static_cast<double>(counts.compiles);
+    row({what, std::to_string(texts), std::to_string(counts.compiles), std::to_string(counts.hits),
+         std::to_string(counts.evictions), std::to_string(counts.entries),
+         fixed(compiles > 0 ? counts.compileSeconds * 1e3 / compiles : 0, 1)});
 }
 
-void drawSteadily(const DisplayCase& about) {
-    Stage stage(about.key, about.settings);
-    for (int i = 0; i < SteadyFrames; ++i) stage.draw();
-    print(about.label, 1, stage.counts());
+/// The programs that were compiled.
+double drawSteadily(const DisplayCase& about) {
+    Screen screen(about.key, about.settings);
+    for (int i = 0; i < SteadyFrames; ++i) screen.draw();
+    printRow(about.label, 1, screen.counts());
+    return static_cast<double>(screen.counts().compiles);
 }
 
-void move(const Slider& slider) {
-    Stage stage(slider.key);
+/// The programs that are kept at the end.
+double move(const Slider& slider) {
+    Screen screen(slider.key);
     std::set<std::string> texts;
     for (int step = 0; step < SliderValues; ++step) {
-        set(*stage.display, {slider.parameter, textOf(slider, step)});
-        texts.insert(stage.text());
-        stage.draw();
+        set(*screen.display, {slider.parameter, textOf(slider, step)});
+        texts.insert(screen.text());
+        screen.draw();
     }
-    print(slider.key + ", " + slider.parameter, texts.size(), stage.counts());
+    printRow(slider.key + ", " + slider.parameter, texts.size(), screen.counts());
+    return static_cast<double>(screen.counts().entries);
 }
 
 } // namespace
@@ -101,14 +103,26 @@ int main(int argc, char** argv) {
     const auto isWanted = [&](const std::string& name) {
         return argc < 2 || std::strstr(name.c_str(), argv[1]);
     };
-    std::puts(
-        "wanted: one compile for each text, and one more for the scene's own program; a bounded number kept");
-    std::printf("%-46s texts compiles    hits evictions    kept  ms/compile\n",
-                "100 frames that do not change");
+    const std::vector<std::string> columns{"texts",     "compiles", "hits",
+                                           "evictions", "kept",     "ms for a compile"};
+    const auto begin = [&](const std::string& title, const std::string& first) {
+        std::vector<std::string> all{first};
+        all.insert(all.end(), columns.begin(), columns.end());
+        table(title, all);
+    };
+    std::vector<double> compiles, kept;
+    begin("100 frames that do not change:", "display");
     for (const DisplayCase& about : displayCases())
-        if (isWanted(about.label)) drawSteadily(about);
-    std::printf("%-46s texts compiles    hits evictions    kept  ms/compile\n", "500 values of a slider");
+        if (isWanted(about.label)) compiles.push_back(drawSteadily(about));
+    begin("500 values of a slider:", "display, parameter");
     for (const Slider& slider : Sliders)
-        if (isWanted(slider.key)) move(slider);
+        if (isWanted(slider.key)) kept.push_back(move(slider));
+    // The scene has a program of its own.
+    if (!compiles.empty())
+        wanted("programs compiled in 100 frames that do not change, the scene's own with them",
+               {Limit::Side::AtMost, 2, 0}, {*std::ranges::max_element(compiles)});
+    if (!kept.empty())
+        wanted("programs kept after 500 values of a slider in the text", {Limit::Side::AtMost, 64, 0},
+               {*std::ranges::max_element(kept)});
     return 0;
 }

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// Whole programs, as the operating system accounts for them, and pictures for them to work on.
+// Whole programs, as the operating system accounts for them.
 #pragma once
 
 #include <cstdint>
-#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -13,34 +12,22 @@ namespace bench {
 struct Run {
     int code = 0; ///< exit status; 127 when there is no such program
     double seconds = 0;
-    double peakMegabytes = 0;            ///< largest resident memory
+    double processorSeconds = 0;         ///< of all its threads and of the processes it waited for
+    double peakMegabytes = 0;            ///< largest memory of it and all processes it began, at one moment
     std::uint64_t read = 0, written = 0; ///< bytes, through system calls; 0 where the system does not tell
 
     [[nodiscard]] bool isDone() const { return code == 0; }
 };
 
+/// Whether the memory of processes that a program begins is counted, too. That takes time from it, so it is for runs
+/// whose time does not count; without it, peakMegabytes is that of the program alone.
+enum class Watch { Time, Memory };
+
 /// Runs a program of the search path to its end; its standard output goes nowhere.
-[[nodiscard]] Run run(const std::vector<std::string>& words);
+[[nodiscard]] Run run(const std::vector<std::string>& words, Watch watch = Watch::Time);
 
 /// Runs `plime process` from one picture to another through modules. Throws std::runtime_error when that fails.
-Run process(const std::string& input, const std::string& output, const std::vector<std::string>& modules);
-
-/// A folder of its own in the temporary folder, removed with all it holds.
-class Folder {
-public:
-    /// Throws std::filesystem::filesystem_error.
-    Folder();
-    Folder(const Folder&) = delete;
-    Folder& operator=(const Folder&) = delete;
-    ~Folder();
-
-    [[nodiscard]] std::string file(const char* name) const { return path / name; }
-
-private:
-    std::filesystem::path path;
-};
-
-/// Writes a square picture of half RGBA, uncompressed EXR.
-void writeHalfPicture(const std::string& path, int side);
+Run process(const std::string& input, const std::string& output, const std::vector<std::string>& modules,
+            Watch watch = Watch::Time);
 
 } // namespace bench

@@ -2,6 +2,7 @@
 // One tile of 4096x4096 through each shader processor: how the time parts into upload, drawing and read-back.
 #include "Median.h"
 #include "Modules.h"
+#include "Report.h"
 
 #include "workbench/gl/RenderSession.h"
 
@@ -11,7 +12,6 @@
 
 #include <array>
 #include <chrono>
-#include <cstdio>
 #include <stdexcept>
 #include <utility>
 
@@ -89,10 +89,11 @@ void measure(Modules& modules, const TileCase& about) {
         whole.push_back(secondsBetween(start, end));
     }
     const double sum = median(upload) + median(draw) + median(readBack);
-    std::printf("%-34s %9.0f %8.0f %10.0f %8.0f   %3.0f %% %3.0f %% %3.0f %%\n", about.key,
-                median(upload) * 1e3, median(draw) * 1e3, median(readBack) * 1e3, median(whole) * 1e3,
-                100 * median(upload) / sum, 100 * median(draw) / sum, 100 * median(readBack) / sum);
-    std::fflush(stdout);
+    const auto cell = [&](const std::vector<double>& seconds) {
+        return fixed(median(seconds) * 1e3, 0) + " ms, " + fixed(100 * median(seconds) / sum, 0) + " %";
+    };
+    row({'`' + std::string(about.key) + '`', cell(upload), cell(draw), cell(readBack),
+         fixed(median(whole) * 1e3, 0) + " ms"});
 }
 
 } // namespace
@@ -100,8 +101,7 @@ void measure(Modules& modules, const TileCase& about) {
 int main() {
     const workbench::RenderSession session;
     Modules modules;
-    std::printf("%-34s upload ms  draw ms  read-back ms  sum ms   shares\n",
-                "one tile of 4096x4096 half RGBA");
+    table("One tile of 4096x4096 half RGBA:", {"module", "upload", "drawing", "read-back", "sum"});
     for (const TileCase& about : Cases) measure(modules, about);
     return 0;
 }
