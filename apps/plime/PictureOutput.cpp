@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "apps/plime/PictureOutput.h"
 
+#include "apps/plime/FreeSpace.h"
 #include "apps/plime/Interruption.h"
 
 #include "host/values/VValueTrait.h"
@@ -44,11 +45,23 @@ WriteOptions OutputWish::writeOptions(const GlobalOptions& global) const {
 }
 
 PictureOutput::PictureOutput(const OutputWish& wish, const GlobalOptions& global,
-                             const PictureDescription& description)
-    : path(wish.requirePath()), writer(PictureWriter::create(path, description, wish.writeOptions(global))) {}
+                             const PictureDescription& description, int tileSide)
+    : path(wish.requirePath()) {
+    WriteOptions options = wish.writeOptions(global);
+    options.tileSide = tileSide;
+    writer = PictureWriter::create(path, description, options);
+}
+
+void PictureOutput::requireRoom(std::uint64_t tiles) const {
+    requireFreeSpace(path, writer->mostBytes(), tiles);
+}
 
 void PictureOutput::write(int first, int count, const krod::RGBAHalf* pixels, const ExtraRows* extra) {
     writer->writeRows(first, count, pixels, extra);
+}
+
+void PictureOutput::writeBlock(const PixelWindow& part, const krod::RGBAHalf* pixels) {
+    writer->writeBlock(part, pixels);
 }
 
 void PictureOutput::finish(Report& report) {

@@ -30,11 +30,17 @@ struct OutputWish {
 /// Writes one picture and says what its format could not keep.
 class PictureOutput {
 public:
-    /// Begins the file; see PictureWriter::create.
-    PictureOutput(const OutputWish& wish, const GlobalOptions& global, const PictureDescription& description);
+    /// Begins the file; see PictureWriter::create. With a side of tiles it is stored in tiles.
+    PictureOutput(const OutputWish& wish, const GlobalOptions& global, const PictureDescription& description,
+                  int tileSide = 0);
 
     /// Writes the next rows.
     void write(int first, int count, const krod::RGBAHalf* pixels, const ExtraRows* extra = nullptr);
+    /// Writes a part of a picture that is stored in tiles; see PictureWriter::writeBlock.
+    void writeBlock(const PixelWindow& part, const krod::RGBAHalf* pixels);
+    /// Throws Failure(Output) unless the disk has room for the picture, as large as it can become, and for so
+    /// many bytes of finished tiles. Before the work.
+    void requireRoom(std::uint64_t tiles) const;
     /// Completes the file, and tells about clipped values and dropped channels. Throws Failure(Interrupted)
     /// when a signal has come: then nothing is left.
     void finish(Report& report);

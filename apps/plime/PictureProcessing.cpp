@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "apps/plime/PictureProcessing.h"
 
+#include "apps/plime/KeptTiles.h"
+#include "apps/plime/MemoryUse.h"
 #include "apps/plime/Numbers.h"
 #include "apps/plime/TilePass.h"
 #include "apps/plime/ViewOptions.h"
+#include "workbench/gl/RenderTarget.h"
 #include "workbench/platform/EglContext.h"
 
 #include <algorithm>
@@ -84,25 +87,44 @@ void PictureProcessing::compile() {
 }
 
 Network PictureProcessing::process(const PictureJob& job, const ProgressPart* part) {
+    Network made;
+    withSmallerTiles(session.report(), job.input,
+                     [&](TileAttempt& attempt) { made = processInTiles(job, part, attempt); });
+    return made;
+}
+
+Network PictureProcessing::processInTiles(const PictureJob& job, const ProgressPart* part,
+                                          TileAttempt& attempt) {
     const auto reader = PictureReader::open(job.input);
-    const TilingTask task = taskOf(job.input, *reader);
-    const TilePlan plan(task, tiling);
-    tellOfTiles(session, openGL, chain, task, plan);
     wish.path = job.output;
+    const TilingTask task = taskOf(job.input, *reader);
+    TilingWish wanted = tiling;
+    if (attempt.side) wanted.side = attempt.side;
+    const TilePlan plan(task, wanted);
+    attempt.overlap = tiling.overlap.value_or(0);
+    if (task.shaderSide) attempt.used = std::max(plan.tileWidth(), plan.tileHeight());
+    tellOfTiles(session, openGL, chain, task, plan);
+    if (task.shaderSide)
+        openGL.rendering().targets().allow(
+            TargetShape{plan.tileWidth(), plan.tileHeight(), 0, false}.bytes());
     Provenance made = provenance;
     made.showPicture(job.input);
+    made.setOutput(wish.writeOptions(session.options()));
     if (task.shaderSide) made.setTiles(plan.tileWidth(), plan.tileHeight(), plan.overlap());
-    PictureOutput output(wish, session.options(), outputDescription(*reader, made));
-
-    const std::uint64_t pixels = pixelsOf(reader->description());
-    std::optional<Progress> own;
-    if (!part) own.emplace(job.input, pixels, "Mpixel", 1e6, session.options().quiet);
-    const ProgressPart shown = part ? *part : ProgressPart{*own, 0, pixels};
-    processTiles(chain, plan, *reader, output, [&](double share) {
-        shown.line.show(shown.begin + static_cast<std::uint64_t>(share * static_cast<double>(shown.length)));
-    });
-    shown.line.clear();
-    output.finish(session.report());
+    const auto work = [&](TileJournal* journal) {
+        PictureOutput output(wish, session.options(), outputDescription(*reader, made));
+        output.requireRoom(journal ? journal->missingBytes(pixelsOf(reader->description())) : 0);
+        writeProcessed(*reader, plan, output, job, part, journal);
+    };
+    if (task.shaderSide && plan.count() > 1) {
+        TileJournal journal(job.output, jobOf(job.input, made), resume && !attempt.side);
+        keepTilesDuring(session.report(), {journal, attempt, resume, static_cast<std::size_t>(plan.count())},
+                        [&] { work(&journal); });
+    } else {
+        if (resume) tellOfNothingKept(job.input, task.shaderSide.has_value());
+        work(nullptr);
+    }
+    warnOfIdleOptions(task, plan);
     if (reader->overflowCount() > 0)
         session.report().warning(
             {job.input,
@@ -114,9 +136,60 @@ Network PictureProcessing::process(const PictureJob& job, const ProgressPart* pa
     return made.network();
 }
 
+void PictureProcessing::writeProcessed(PictureReader& reader, const TilePlan& plan, PictureOutput& output,
+                                       const PictureJob& job, const ProgressPart* part,
+                                       TileJournal* journal) {
+    const std::uint64_t pixels = pixelsOf(reader.description());
+    std::optional<Progress> own;
+    if (!part) own.emplace(job.input, pixels, "Mpixel", 1e6, session.options().quiet);
+    const ProgressPart shown = part ? *part : ProgressPart{*own, 0, pixels};
+    const auto done = [&](double share) {
+        shown.line.show(shown.begin + static_cast<std::uint64_t>(share * static_cast<double>(shown.length)));
+    };
+    processTiles(chain, plan, reader, output, done, journal);
+    shown.line.clear();
+    output.finish(session.report());
+}
+
+/// The text of the job that tiles belong to; the file's depth and curve do not change them.
+std::string PictureProcessing::jobOf(const std::string& input, Provenance made) {
+    made.setOutput({});
+    std::vector<const ModuleInstance*> modules;
+    for (const auto& module : chain.instances()) modules.push_back(module.get());
+    return jobText(session, openGL.rendering(), made.text(), modules, input);
+}
+
+void PictureProcessing::tellOfNothingKept(const std::string& input, bool usesShaders) {
+    session.report().warning({"--resume",
+                              "has nothing to go on with: " + input +
+                                  (usesShaders ? " is one tile" : " is worked on without a shader") +
+                                  ", and all work is done again",
+                              "",
+                              "",
+                              "",
+                              {}});
+}
+
+/// --tile and --overlap where they change nothing, once for all pictures.
+void PictureProcessing::warnOfIdleOptions(const TilingTask& task, const TilePlan& plan) {
+    if (toldOfIdleOptions) return;
+    const auto warn = [&](const std::string& option, const std::string& why) {
+        session.report().warning({option, "has no effect" + why, "", "", "", {}});
+        toldOfIdleOptions = true;
+    };
+    if (task.shaderSide && plan.count() == 1 && tiling.overlap)
+        warn("--overlap", " on " + task.picture + ", which is one tile");
+    if (task.shaderSide) return;
+    const std::string why = ", because the modules work without a shader, strip by strip";
+    if (tiling.side) warn("--tile", why);
+    if (tiling.overlap) warn("--overlap", why);
+}
+
 TilingTask PictureProcessing::taskOf(const std::string& input, const PictureReader& reader) {
     const PictureDescription& picture = reader.description();
     TilingTask task{input, picture.width, picture.height, 0, session.options().memory, std::nullopt};
+    task.otherBytes = bytesBesidePixels(chain.drawsWithOpenGL(), wish.requirePath(), picture.width) +
+                      ReadAheadBytes + picture.readerBytes;
     for (const ExtraChannel& channel : picture.extraChannels) task.extraBytes += channel.bytesPerValue();
     if (chain.drawsWithOpenGL()) task.shaderSide = openGL.rendering().properties().maxTextureSize;
     return task;

@@ -8,6 +8,7 @@
 #include "apps/plime/Progress.h"
 #include "apps/plime/Provenance.h"
 #include "apps/plime/Session.h"
+#include "apps/plime/SmallerTiles.h"
 #include "apps/plime/TileChain.h"
 #include "apps/plime/TilePlan.h"
 
@@ -15,6 +16,8 @@
 #include <string>
 
 namespace workbench {
+
+class TileJournal;
 
 /// What --tile and --overlap mean for tile processors. Throws Failure(Usage).
 [[nodiscard]] TilingWish tilingFrom(const std::optional<std::string>& tile,
@@ -35,24 +38,33 @@ struct ProgressPart {
 class PictureProcessing {
 public:
     /// Everything but the wishes and the provenance is borrowed; the chain is prepared. The provenance tells
-    /// of the chain; every picture is added to a copy.
+    /// of the chain; every picture is added to a copy. With `resume` tiles are taken that an interrupted run
+    /// has left.
     PictureProcessing(Session& session, OpenGLOnDemand& openGL, const TileChain& chain, OutputWish wish,
-                      TilingWish tiling, Provenance provenance)
+                      TilingWish tiling, Provenance provenance, bool resume = false)
         : session(session),
           openGL(openGL),
           chain(chain),
           wish(std::move(wish)),
           tiling(tiling),
-          provenance(std::move(provenance)) {}
+          provenance(std::move(provenance)),
+          resume(resume) {}
 
     /// Opens the OpenGL session and compiles all programs now. Throws Failure(OpenGL) and Failure(Shader).
     void compile();
-    /// Reads, processes and writes one picture, and tells how it was cut and what was lost. Progress is shown
+    /// Reads, processes and writes one picture, in smaller tiles where the memory for graphics asks for it,
+    /// and tells how it was cut and what was lost. Progress is shown
     /// in a line of its own, or in the part. Throws Failure; then nothing is written. Gives the network that
     /// the picture is made by, with the paths as they are given.
     Network process(const PictureJob& job, const ProgressPart* part = nullptr);
 
 private:
+    Network processInTiles(const PictureJob& job, const ProgressPart* part, TileAttempt& attempt);
+    void writeProcessed(PictureReader& reader, const TilePlan& plan, PictureOutput& output,
+                        const PictureJob& job, const ProgressPart* part, TileJournal* journal);
+    [[nodiscard]] std::string jobOf(const std::string& input, Provenance made);
+    void tellOfNothingKept(const std::string& input, bool usesShaders);
+    void warnOfIdleOptions(const TilingTask& task, const TilePlan& plan);
     [[nodiscard]] TilingTask taskOf(const std::string& input, const PictureReader& reader);
 
     Session& session;
@@ -61,6 +73,8 @@ private:
     OutputWish wish;
     TilingWish tiling;
     Provenance provenance;
+    bool resume;
+    bool toldOfIdleOptions = false;
 };
 
 } // namespace workbench

@@ -1,19 +1,21 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "apps/plime/PictureRendering.h"
 
-#include "apps/plime/FileStamp.h"
-#include "apps/plime/Help.h"
+#include "apps/plime/DrawingPlan.h"
+#include "apps/plime/KeptTiles.h"
+#include "apps/plime/MemoryUse.h"
 #include "apps/plime/PictureDrawing.h"
 #include "apps/plime/PictureProcessing.h"
 #include "apps/plime/SceneInput.h"
-#include "apps/plime/TileJournal.h"
 #include "apps/plime/TilePass.h"
+#include "workbench/gl/ArrayLimit.h"
+#include "workbench/gl/RenderTarget.h"
 #include "workbench/platform/EglContext.h"
 
-#include "host/rendering/RenderAble.h"
+#include "host/gl/MSDeferredObjectDisplay.h"
+#include "host/gl/VGLRenderContext.h"
 
 #include <algorithm>
-#include <functional>
 #include <optional>
 
 namespace workbench {
@@ -28,42 +30,44 @@ PictureDescription descriptionOf(const FrameSetup& setup, const Provenance& prov
     return description;
 }
 
-/// Everything that decides the pixels of the tiles, as a text. Files that the input itself refers to, such
-/// as the textures of a model, are not in it.
-std::string jobText(const Session& session, const RenderSession& rendering, const RenderTask& task,
-                    const PictureDescription& description) {
-    std::string text = versionText() + description.find(NetworkName)->text + '\n' + rendering.driver() +
-                       (session.options().strictGlsl ? " strict\n" : "\n") +
-                       shaderFileStamps(session.shaderFolders());
-    if (const auto file = task.scene.object().slots().input("file")) text += fileStamp(file->value().text());
-    const auto addPlugin = [&](const CatalogueEntry& entry) {
-        text += entry.plugin.value_or("") + '\n' + (entry.path ? fileStamp(*entry.path) : "");
-    };
-    addPlugin(task.scene.entry());
-    for (const ModuleInstance* display : task.displays) addPlugin(display->entry());
-    return text;
+std::uint64_t pixelCount(const FrameSetup& setup) {
+    return static_cast<std::uint64_t>(setup.width) * static_cast<std::uint64_t>(setup.height);
 }
 
-/// What is held of each pixel of a tile while it is drawn: colour and depth, and copies on the way here.
-constexpr std::uint64_t BytesPerDrawnPixel = 48;
+/// The samples of all displays, as the driver grants them: their drawing areas are in use at once.
+int grantedSamples(RenderSession& rendering, const RenderTask& task) {
+    int samples = 0;
+    for (const ModuleInstance* module : task.displays) {
+        auto& display = dynamic_cast<krod::MSDeferredObjectDisplay&>(module->object());
+        requireShortArrays(display, task.pool);
+        krod::VGLRenderContext context(task.pool, 1, 1);
+        const int asked = display.createRenderer(context)->requestedSamples();
+        samples += rendering.targets().leaseMultisample(1, 1, asked)->samples();
+    }
+    return samples;
+}
 
-std::uint64_t product(int a, int b) { return static_cast<std::uint64_t>(a) * static_cast<std::uint64_t>(b); }
+DrawingPlan drawingOf(const Session& session, RenderSession& rendering, const RenderTask& task,
+                      const FrameSetup& setup) {
+    const std::string path = task.wish.requirePath();
+    return planDrawing({path, setup.width, setup.height, setup.tiles, grantedSamples(rendering, task),
+                        outputFormat(path).name == "EXR", !task.chain.empty(),
+                        bytesBesidePixels(true, path, setup.width), session.options().memory});
+}
 
-/// What is left of the memory beside the rows and the tile that are drawn at once goes to the processors.
-TilingTask cuttingOf(const Session& session, OpenGLOnDemand& openGL, const RenderTask& task,
-                     const FrameSetup& setup, int bandRows, const PictureTile& tile) {
-    const std::uint64_t memory = session.options().memory;
-    const std::uint64_t drawing = product(setup.width, bandRows) * 2 * sizeof(krod::RGBAHalf) +
-                                  product(tile.drawnWidth(), tile.drawnHeight()) * BytesPerDrawnPixel;
-    const std::uint64_t left = memory - std::min(memory, drawing);
-    TilingTask cutting{task.wish.requirePath(), setup.width, setup.height, 0, left, std::nullopt, true};
-    if (task.chain.drawsWithOpenGL()) cutting.shaderSide = openGL.rendering().properties().maxTextureSize;
+/// What is left of the memory beside the drawing goes to the processors.
+TilingTask cuttingOf(const Session& session, RenderSession& rendering, const RenderTask& task,
+                     const FrameSetup& setup, const DrawingPlan& drawing) {
+    TilingTask cutting{task.wish.requirePath(),  setup.width,  setup.height, 0,
+                       session.options().memory, std::nullopt, true,         drawing.bytes};
+    if (task.chain.drawsWithOpenGL()) cutting.shaderSide = rendering.properties().maxTextureSize;
     return cutting;
 }
 
 /// The tiles of a saved network count for the size that they were saved with.
-TilingWish wishOf(const ViewOptions& view) {
+TilingWish wishOf(const ViewOptions& view, const TileAttempt& attempt) {
     TilingWish wish;
+    wish.side = attempt.side;
     if (view.saved && view.saved->processorTiles && !view.size) {
         const auto& [width, height, overlap] = *view.saved->processorTiles;
         wish.exact = {width, height, overlap};
@@ -71,88 +75,121 @@ TilingWish wishOf(const ViewOptions& view) {
     return wish;
 }
 
-/// Takes the drawn picture through the chain, if there is a plan for one, and writes its rows.
-void writeDrawn(const RenderTask& task, const std::optional<TilePlan>& plan, DrawnPicture& drawn,
-                int bandRows, PictureOutput& output) {
+/// Takes the drawn picture through the chain, if there is a plan for one, and writes it.
+void writeDrawn(const RenderTask& task, const std::optional<TilePlan>& plan, const PictureDrawing& drawing,
+                const PictureDescription& description, bool inBlocks, PictureOutput& output) {
     if (plan) {
+        DrawnPicture drawn(drawing, description);
         processTiles(task.chain, *plan, drawn, output, [](double) {});
         return;
     }
-    const int height = drawn.description().height;
-    std::vector<krod::RGBAHalf> band(static_cast<std::size_t>(product(drawn.description().width, bandRows)));
-    for (int first = 0; first < height; first += bandRows) {
-        const int count = std::min(bandRows, height - first);
-        drawn.readRows(first, count, band.data());
-        output.write(first, count, band.data());
+    DrawnTiles tiles(drawing);
+    DrawnBand band;
+    while (const PictureTile* const tile = tiles.next()) {
+        if (inBlocks) {
+            output.writeBlock({tile->x, tile->y, tile->width, tile->height}, tiles.draw().data());
+            continue;
+        }
+        band.drawNext(tiles, description.width);
+        output.write(band.begin(), band.end() - band.begin(), band.row(band.begin()));
     }
 }
 
-/// Does the work, keeping finished tiles until the picture is complete. A failure says how to go on, if there
-/// is anything to take.
-void keepTilesDuring(Report& report, TileJournal& journal, bool resume, std::size_t tiles,
-                     const std::function<void()>& work) {
-    const std::string parts = journal.folder().string();
-    if (journal.foundAnotherJob())
-        report.warning({parts,
-                        "its tiles are of another drawing: input, parameters, view, driver or program "
-                        "have changed; all tiles are drawn anew",
-                        "",
-                        "",
-                        "",
-                        {}});
-    try {
-        work();
-    } catch (const Failure& failure) {
-        if (!journal.holdsTiles()) throw;
-        Diagnostic message = failure.diagnostic();
-        message.details.push_back("Finished tiles are kept in " + parts +
-                                  "; continue with the same command and --resume");
-        throw Failure(failure.fault(), message);
+krod::RenderAble& topOf(const RenderTask& task) {
+    const ModuleInstance& top = task.displays.empty() ? task.scene : *task.displays.back();
+    return dynamic_cast<krod::RenderAble&>(top.object());
+}
+
+/// Of everything that is drawn of a tile.
+int largestSide(const std::vector<PictureTile>& tiles) {
+    int largest = 0;
+    for (const PictureTile& tile : tiles)
+        largest = std::max({largest, tile.drawnWidth(), tile.drawnHeight()});
+    return largest;
+}
+
+void warnOfIdleOverlap(Report& report, const std::string& picture) {
+    report.warning(
+        {"--overlap", "has no effect on " + picture + ", which is drawn in one tile", "", "", "", {}});
+}
+
+/// What the network of the picture says of its view and its tiles; gives how processors see it, if any do.
+std::optional<TilePlan> tellView(Session& session, OpenGLOnDemand& openGL, const RenderTask& task,
+                                 Provenance& provenance, const FrameSetup& setup, const DrawingPlan& drawing,
+                                 const TileAttempt& attempt) {
+    provenance.setFrame(setup);
+    if (task.chain.empty()) return std::nullopt;
+    const TilingTask cutting = cuttingOf(session, openGL.rendering(), task, setup, drawing);
+    const TilePlan plan(cutting, wishOf(task.view, attempt));
+    tellOfTiles(session, openGL, task.chain, cutting, plan);
+    if (cutting.shaderSide && plan.count() > 1)
+        provenance.setProcessorTiles(plan.tileWidth(), plan.tileHeight(), plan.overlap());
+    return plan;
+}
+
+/// Of everything that the processors draw at once.
+std::size_t tileBytes(const RenderTask& task, const std::optional<TilePlan>& plan) {
+    if (!plan || !task.chain.drawsWithOpenGL()) return 0;
+    return TargetShape{plan->tileWidth(), plan->tileHeight(), 0, false}.bytes();
+}
+
+/// The text of the job that tiles belong to; the file's depth and curve do not change them.
+std::string jobOf(const Session& session, const RenderSession& rendering, const RenderTask& task,
+                  Provenance provenance) {
+    provenance.setOutput({});
+    const auto file = task.scene.object().slots().input("file");
+    std::vector<const ModuleInstance*> modules = task.displays;
+    modules.push_back(&task.scene);
+    return jobText(session, rendering, provenance.text(), modules, file ? file->value().text() : "");
+}
+
+/// One attempt. Throws GraphicsMemoryFailure when a tile does not fit into the memory for graphics.
+void drawToFile(Session& session, OpenGLOnDemand& openGL, const RenderTask& task, Provenance& provenance,
+                FrameSetup setup, TileAttempt& attempt) {
+    if (attempt.side) setup.tiles.size = *attempt.side;
+    RenderSession& rendering = openGL.rendering();
+    const DrawingPlan planned = drawingOf(session, rendering, task, setup);
+    setup.tiles = planned.tiles;
+    const auto tiles = planTiles(setup.width, setup.height, setup.tiles);
+    session.report().note("Drawing on " + rendering.driver() + ".");
+    if (tiles.size() > 1) session.report().note("Drawing in " + std::to_string(tiles.size()) + " tiles.");
+    if (task.chain.drawsWithOpenGL()) task.chain.compile();
+    attempt.used = largestSide(tiles);
+    attempt.overlap = setup.tiles.overlap;
+
+    const auto plan = tellView(session, openGL, task, provenance, setup, planned, attempt);
+    rendering.targets().allow(planned.targetBytes + tileBytes(task, plan));
+    const std::string job = jobOf(session, rendering, task, provenance);
+    provenance.setOutput(task.wish.writeOptions(session.options()));
+    const std::string path = task.wish.requirePath();
+    const PictureDescription description = descriptionOf(setup, provenance);
+    PictureDrawing drawing{rendering, topOf(task), task.pool, setup, path, session.options().quiet};
+    const auto draw = [&] {
+        PictureOutput output(task.wish, session.options(), description,
+                             planned.inBlocks ? StoredTileSide : 0);
+        output.requireRoom(drawing.journal ? drawing.journal->missingBytes(pixelCount(setup)) : 0);
+        writeDrawn(task, plan, drawing, description, planned.inBlocks, output);
+        output.finish(session.report());
+    };
+    if (tiles.size() == 1) {
+        draw();
+        if (task.view.overlap) warnOfIdleOverlap(session.report(), path);
+        return;
     }
-    journal.remove();
-    if (resume)
-        report.note(std::to_string(journal.takenCount()) + " of " + std::to_string(tiles) +
-                    " tiles taken from " + parts + '.');
+    TileJournal journal(path, job, task.resume && !attempt.side);
+    drawing.journal = &journal;
+    keepTilesDuring(session.report(), {journal, attempt, task.resume, tiles.size()}, draw);
 }
 
 } // namespace
 
 void renderToFile(Session& session, OpenGLOnDemand& openGL, const RenderTask& task, Provenance& provenance) {
-    const ModuleInstance& top = task.displays.empty() ? task.scene : *task.displays.back();
-    auto& object = dynamic_cast<krod::RenderAble&>(top.object());
-    const krod::BoundingSphere bounds = object.bounds();
+    const krod::BoundingSphere bounds = topOf(task).bounds();
     warnOfNothingToDraw(session.report(), task.scene, task.input, bounds);
     const FrameSetup setup = task.view.frameOf(bounds);
-    const auto tiles = planTiles(setup.width, setup.height, setup.tiles);
-    const std::string path = task.wish.requirePath();
-    const int bandRows = std::ranges::max(tiles, {}, &PictureTile::height).height;
-    requireMemory(path, product(setup.width, bandRows), session.options().memory);
-    RenderSession& rendering = openGL.rendering();
-    session.report().note("Drawing on " + rendering.driver() + ".");
-    if (tiles.size() > 1) session.report().note("Drawing in " + std::to_string(tiles.size()) + " tiles.");
-    if (task.chain.drawsWithOpenGL()) task.chain.compile();
-
-    provenance.setFrame(setup);
-    std::optional<TilePlan> plan;
-    if (!task.chain.empty()) {
-        const TilingTask cutting = cuttingOf(session, openGL, task, setup, bandRows, tiles.front());
-        plan.emplace(cutting, wishOf(task.view));
-        tellOfTiles(session, openGL, task.chain, cutting, *plan);
-        if (cutting.shaderSide && plan->count() > 1)
-            provenance.setProcessorTiles(plan->tileWidth(), plan->tileHeight(), plan->overlap());
-    }
-    const PictureDescription description = descriptionOf(setup, provenance);
-    PictureDrawing drawing{rendering, object, task.pool, setup, path, session.options().quiet};
-    const auto draw = [&] {
-        PictureOutput output(task.wish, session.options(), description);
-        DrawnPicture drawn(drawing, description);
-        writeDrawn(task, plan, drawn, bandRows, output);
-        output.finish(session.report());
-    };
-    if (tiles.size() == 1) return draw();
-    TileJournal journal(path, jobText(session, rendering, task, description), task.resume);
-    drawing.journal = &journal;
-    keepTilesDuring(session.report(), journal, task.resume, tiles.size(), draw);
+    withSmallerTiles(session.report(), task.wish.requirePath(), [&](TileAttempt& attempt) {
+        drawToFile(session, openGL, task, provenance, setup, attempt);
+    });
 }
 
 } // namespace workbench

@@ -29,6 +29,8 @@ Reads and writes EXR, PNG, TIFF, JPEG and HDR; the name of OUT says which.
                     side as one tile; 4096 unless asked otherwise
   --overlap N       what a tile sees of its neighbours, in pixels; 64 unless
                     asked otherwise, less with small tiles
+  --resume          takes the tiles that an interrupted run of this command has
+                    left in OUT.parts; without it all are made anew
   --save-network FILE   writes how the picture is made, for "plime run"; with
                     one IN only
 
@@ -87,6 +89,7 @@ public:
         wish.addTo(syntax);
         syntax.options.push_back({"--tile", &tile});
         syntax.options.push_back({"--overlap", &overlap});
+        syntax.options.push_back({"--resume", &resume});
         syntax.options.push_back({"--save-network", &network});
         return syntax;
     }
@@ -118,7 +121,7 @@ public:
         Provenance provenance;
         for (const auto& module : chain.instances()) provenance.addProcessor(*module);
         OpenGLOnDemand openGL(session.options());
-        PictureProcessing processing(session, openGL, chain, wish, tiling, provenance);
+        PictureProcessing processing(session, openGL, chain, wish, tiling, provenance, resume);
         if (network || (inputs.size() == 1 && !pattern.hasPlaceholder())) {
             const NetworkOutput saved(network, jobs.front().output, session.options().noClobber);
             saved.save(processing.process(jobs.front()));
@@ -141,12 +144,18 @@ private:
             line.clear();
             session.report().error(failureOf(job, message));
         };
+        const auto writtenText = [&](std::size_t tried) {
+            return std::to_string(tried - failed) + " of " + std::to_string(jobs.size()) +
+                   " pictures are written";
+        };
         for (std::size_t i = 0; i < jobs.size(); ++i) {
-            throwIfInterrupted();
             const ProgressPart part{line, i * Whole, Whole};
             try {
+                throwIfInterrupted();
                 processing.process(jobs[i], &part);
             } catch (const Failure& failure) {
+                if (failure.fault() == Fault::Interrupted)
+                    throw Failure(Fault::Interrupted, {"", "interrupted, " + writtenText(i), "", "", "", {}});
                 if (stopsAll(failure.fault(), sameFormat)) throw;
                 tell(jobs[i], failure.diagnostic());
             } catch (const std::bad_alloc&) {
@@ -156,11 +165,15 @@ private:
             }
         }
         line.clear();
-        const std::string all = std::to_string(jobs.size());
-        session.report().note(std::to_string(jobs.size() - failed) + " of " + all + " pictures are written.");
+        session.report().note(writtenText(jobs.size()) + '.');
         if (failed > 0)
             throw Failure(Fault::Partial,
-                          {"", std::to_string(failed) + " of " + all + " pictures failed", "", "", "", {}});
+                          {"",
+                           std::to_string(failed) + " of " + std::to_string(jobs.size()) + " pictures failed",
+                           "",
+                           "",
+                           "",
+                           {}});
     }
 
     /// Before any picture is touched.
@@ -179,6 +192,7 @@ private:
     OutputWish wish;
     std::optional<std::string> tile, overlap, network;
     ModuleChain modules;
+    bool resume = false;
 };
 
 } // namespace

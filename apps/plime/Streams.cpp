@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
 #include <string>
 #include <system_error>
 #include <utility>
@@ -54,7 +55,11 @@ Streams::~Streams() {
     if (descriptor >= 0) ::close(descriptor);
 }
 
-void Streams::showModuleOutput() { ::dup2(2, 1); }
+/// Line by line, so that they stand among the messages in the order in which they come.
+void Streams::showModuleOutput() {
+    ::dup2(2, 1);
+    std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
+}
 
 void Streams::write(std::string_view text) {
     while (!text.empty() && !readerGone) {

@@ -18,7 +18,7 @@ public:
     Streams(const Streams&) = delete;
     Streams& operator=(const Streams&) = delete;
 
-    /// Leads the lines that modules print to standard error.
+    /// Leads the lines that modules print to standard error, each as soon as it is whole.
     void showModuleOutput();
 
     /// Writes a result. A reader that went away ("plime list | head") has what it wanted: the rest is

@@ -35,11 +35,16 @@ std::string escaped(char byte) {
     return {'\\', 'x', Digits[value >> 4U], Digits[value & 15U]};
 }
 
-/// C0, DEL and C1: everything that a terminal may obey.
+/// Everything that a terminal may obey: C0, DEL and C1, line and paragraph separators, and the marks that turn
+/// the direction of writing, with which a text can look like another one.
 bool isControl(std::string_view codePoint) {
-    const auto first = static_cast<unsigned char>(codePoint[0]);
-    if (codePoint.size() == 1) return first < 0x20 || first == 0x7F;
-    return codePoint.size() == 2 && first == 0xC2 && static_cast<unsigned char>(codePoint[1]) < 0xA0;
+    const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(codePoint[i]); };
+    if (codePoint.size() == 1) return byte(0) < 0x20 || byte(0) == 0x7F;
+    if (codePoint.size() == 2) return (byte(0) == 0xC2 && byte(1) < 0xA0) || codePoint == "\xd8\x9c";
+    if (codePoint.size() != 3 || byte(0) != 0xE2) return false;
+    return (byte(1) == 0x80 &&
+            (byte(2) == 0x8E || byte(2) == 0x8F || (byte(2) >= 0xA8 && byte(2) <= 0xAE))) ||
+           (byte(1) == 0x81 && byte(2) >= 0xA6 && byte(2) <= 0xA9);
 }
 
 /// Breaks one line at its blanks.

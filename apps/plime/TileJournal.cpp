@@ -55,9 +55,6 @@ std::string contentsOf(const fs::path& path) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-/// Some file systems cannot flush a file (EINVAL); there is nothing more to be done on them.
-bool flushed(int descriptor) { return ::fdatasync(descriptor) == 0 || errno == EINVAL || errno == EROFS; }
-
 } // namespace
 
 TileJournal::TileJournal(const fs::path& output) : place(fs::absolute(output)) { place += ".parts"; }
@@ -66,7 +63,7 @@ TileJournal::TileJournal(const fs::path& output, std::string_view job, bool resu
     claimFolder();
     const std::string head = std::string(Version) + digits(checksumOf(job.data(), job.size())) + '\n';
     const std::string text = contentsOf(journalPath());
-    anotherJob = resume && fs::exists(journalPath()) && !text.starts_with(head);
+    anotherJob = resume && !text.empty() && !text.starts_with(head);
     if (resume && text.starts_with(head))
         goOn(text);
     else
@@ -104,7 +101,6 @@ void TileJournal::begin(const std::string& head) {
     journal.number = ::open(journalPath().c_str(), CreateFlags, 0666);
     if (journal.number < 0) fail(journalPath(), "cannot be created", errno);
     writeAll(journal, journalPath(), head.data(), head.size());
-    ::fsync(lock.number);
     removeTiles();
 }
 
@@ -152,10 +148,15 @@ std::optional<std::vector<krod::RGBAHalf>> TileJournal::take(std::size_t tile, s
     return values;
 }
 
-void TileJournal::keep(std::size_t tile, const std::vector<krod::RGBAHalf>& pixels) {
+std::uint64_t TileJournal::missingBytes(std::uint64_t pixels) const noexcept {
+    std::uint64_t bytes = pixels * sizeof(krod::RGBAHalf);
+    for (const auto& [tile, entry] : entries) bytes -= std::min(bytes, entry.size);
+    return bytes;
+}
+
+void TileJournal::keep(std::size_t tile, std::span<const krod::RGBAHalf> pixels) {
     const fs::path path = pathOf(tile);
-    const Entry entry{pixels.size() * sizeof(krod::RGBAHalf),
-                      checksumOf(pixels.data(), pixels.size() * sizeof(krod::RGBAHalf))};
+    const Entry entry{pixels.size_bytes(), checksumOf(pixels.data(), pixels.size_bytes())};
     Descriptor file;
     file.number = ::open(path.c_str(), CreateFlags, 0666);
     if (file.number < 0) fail(path, "cannot be created", errno);
@@ -182,7 +183,6 @@ void TileJournal::writeAll(const Descriptor& file, const fs::path& path, const v
         bytes += written;
         size -= static_cast<std::size_t>(written);
     }
-    if (!flushed(file.number)) fail(path, "cannot be written completely", errno);
 }
 
 void TileJournal::removeTiles() const noexcept {

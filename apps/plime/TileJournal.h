@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <map>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -37,11 +38,14 @@ public:
     [[nodiscard]] bool foundAnotherJob() const noexcept { return anotherJob; }
     /// The tile of that number, when it is there, undamaged, and has so many pixels.
     [[nodiscard]] std::optional<std::vector<krod::RGBAHalf>> take(std::size_t tile, std::size_t pixels);
-    /// Keeps a finished tile; it is on the disk afterwards.
-    void keep(std::size_t tile, const std::vector<krod::RGBAHalf>& pixels);
+    /// Keeps a finished tile: it outlives this program from here on. Nothing is flushed to the disk, which would
+    /// take longer than a small tile; what a loss of power takes is missed by its checksum.
+    void keep(std::size_t tile, std::span<const krod::RGBAHalf> pixels);
     /// Deletes the folder: the picture is complete.
     void remove() noexcept;
 
+    /// What the tiles of a picture of so many pixels take beside those that are there already.
+    [[nodiscard]] std::uint64_t missingBytes(std::uint64_t pixels) const noexcept;
     /// How many tiles were taken so far.
     [[nodiscard]] std::size_t takenCount() const noexcept { return taken; }
     /// Whether another run could take something.

@@ -3,9 +3,11 @@
 
 #include "apps/plime/Interruption.h"
 #include "apps/plime/RowWindow.h"
-#include "workbench/report/Failure.h"
+#include "apps/plime/TileJournal.h"
 
 #include <algorithm>
+#include <optional>
+#include <span>
 #include <utility>
 
 namespace workbench {
@@ -30,6 +32,7 @@ struct Pass {
     RowWindow window;
     int width;
     const std::function<void(double)>& done;
+    TileJournal* journal;
 
     /// Rows in their whole width need no copies.
     void wholeRows(const TileSpan& rows) {
@@ -44,50 +47,60 @@ struct Pass {
         for (int i = 0; i < plan.columns(); ++i) {
             throwIfInterrupted();
             const TileSpan columns = plan.column(i);
-            Pixels pixels;
-            pixels.reserve(static_cast<std::size_t>(columns.seenLength) *
-                           static_cast<std::size_t>(rows.seenLength));
-            for (int y = 0; y < rows.seenLength; ++y) {
-                const krod::RGBAHalf* const row = window.row(rows.seenBegin + y) + columns.seenBegin;
-                pixels.insert(pixels.end(), row, row + columns.seenLength);
-            }
-            const Store store = processed(chain, std::move(pixels), columns.seenLength, rows.seenLength);
-            for (int y = 0; y < rows.length; ++y) {
-                const std::ptrdiff_t line = rows.begin - rows.seenBegin + y;
-                std::copy_n(store->data() + line * columns.seenLength + columns.begin - columns.seenBegin,
-                            columns.length, band.data() + std::ptrdiff_t{y} * width + columns.begin);
+            const auto number = static_cast<std::size_t>(index) * static_cast<std::size_t>(plan.columns()) +
+                                static_cast<std::size_t>(i);
+            const auto size =
+                static_cast<std::size_t>(columns.length) * static_cast<std::size_t>(rows.length);
+            if (const auto kept = journal ? journal->take(number, size) : std::nullopt) {
+                enter(*kept, columns, rows, band);
+            } else {
+                const Store store = keptPart(columns, rows);
+                if (journal) journal->keep(number, {store->data(), size});
+                enter({store->data(), size}, columns, rows, band);
             }
             done((index + static_cast<double>(i + 1) / plan.columns()) / plan.rows());
         }
         const ExtraRows extra = window.extra(rows.begin, rows.length);
         output.write(rows.begin, rows.length, band.data(), &extra);
     }
+
+    /// Processes a tile and moves what is kept of it to the start of the store.
+    [[nodiscard]] Store keptPart(const TileSpan& columns, const TileSpan& rows) {
+        Pixels pixels;
+        pixels.reserve(static_cast<std::size_t>(columns.seenLength) *
+                       static_cast<std::size_t>(rows.seenLength));
+        for (int y = 0; y < rows.seenLength; ++y) {
+            const krod::RGBAHalf* const row = window.row(rows.seenBegin + y) + columns.seenBegin;
+            pixels.insert(pixels.end(), row, row + columns.seenLength);
+        }
+        Store store = processed(chain, std::move(pixels), columns.seenLength, rows.seenLength);
+        for (int y = 0; y < rows.length; ++y) {
+            const std::ptrdiff_t line = rows.begin - rows.seenBegin + y;
+            const krod::RGBAHalf* const from =
+                store->data() + line * columns.seenLength + columns.begin - columns.seenBegin;
+            std::copy(from, from + columns.length, store->data() + std::ptrdiff_t{y} * columns.length);
+        }
+        return store;
+    }
+
+    void enter(std::span<const krod::RGBAHalf> tile, const TileSpan& columns, const TileSpan& rows,
+               Pixels& band) const {
+        for (std::ptrdiff_t y = 0; y < rows.length; ++y)
+            std::copy_n(tile.data() + y * columns.length, columns.length,
+                        band.data() + y * width + columns.begin);
+    }
 };
 
 } // namespace
 
-void requireMemory(const std::string& picture, std::uint64_t pixels, std::uint64_t memory) {
-    const std::uint64_t needed = pixels * 2 * sizeof(krod::RGBAHalf);
-    if (needed <= memory) return;
-    const std::uint64_t megabyte = 1U << 20U;
-    const std::string wanted = std::to_string((needed + megabyte - 1) / megabyte) + 'M';
-    throw Failure(Fault::Output, {picture,
-                                  "needs more memory than is allowed",
-                                  memory < megabyte ? "at most " + std::to_string(memory) + " bytes"
-                                                    : "at most " + std::to_string(memory / megabyte) + 'M',
-                                  wanted,
-                                  "Allow it with --memory " + wanted + ", or ask for less",
-                                  {}});
-}
-
 void processTiles(const TileChain& chain, const TilePlan& plan, PictureReader& reader, PictureOutput& output,
-                  const std::function<void(double share)>& done) {
-    Pass pass{chain, plan, output, RowWindow(reader), reader.description().width, done};
+                  const std::function<void(double share)>& done, TileJournal* journal) {
+    Pass pass{chain, plan, output, RowWindow(reader), reader.description().width, done, journal};
     for (int i = 0; i < plan.rows(); ++i) {
         throwIfInterrupted();
         const TileSpan rows = plan.row(i);
         pass.window.moveTo(rows.seenBegin, rows.seenLength);
-        if (plan.columns() == 1 && rows.length == rows.seenLength)
+        if (plan.columns() == 1 && rows.length == rows.seenLength && !journal)
             pass.wholeRows(rows);
         else
             pass.bandOfTiles(rows, i);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "apps/plime/TilePlan.h"
 
+#include "apps/plime/MemoryUse.h"
 #include "workbench/report/Failure.h"
 
 #include "host/rendering/RGBAHalf.h"
@@ -12,14 +13,13 @@ namespace workbench {
 namespace {
 
 constexpr int SmallestShrunkTile = 64;
-constexpr std::uint64_t Megabyte = 1U << 20U;
 
 /// What is held at once: a band of rows before and after the work, with additional channels, which are held
-/// twice while the band moves on, and a tile on its way through the driver.
+/// twice while the band moves on, and a tile here and in the driver, as a texture and as a drawing area.
 std::uint64_t bytesOf(const TilingTask& task, std::uint64_t rows, std::uint64_t tilePixels) {
     const auto width = static_cast<std::uint64_t>(task.width);
-    return width * rows * (2 * sizeof(krod::RGBAHalf) + 2 * task.extraBytes) +
-           tilePixels * 2 * sizeof(krod::RGBAHalf);
+    return task.otherBytes + width * rows * (2 * sizeof(krod::RGBAHalf) + 2 * task.extraBytes) +
+           tilePixels * 3 * sizeof(krod::RGBAHalf);
 }
 
 std::uint64_t cutBytes(const TilingTask& task, int width, int height) {
@@ -30,28 +30,11 @@ std::uint64_t cutBytes(const TilingTask& task, int width, int height) {
 
 std::uint64_t cutBytes(const TilingTask& task, int side) { return cutBytes(task, side, side); }
 
-[[noreturn]] void refuseMemory(const TilingTask& task, std::uint64_t needed) {
-    const std::string wanted = megabytesText(needed);
-    throw Failure(Fault::Output,
-                  {task.picture,
-                   "needs more memory than is allowed",
-                   "at most " + (task.memory < Megabyte ? std::to_string(task.memory) + " bytes"
-                                                        : std::to_string(task.memory / Megabyte) + 'M'),
-                   wanted,
-                   "Allow it with --memory " + wanted,
-                   {}});
-}
-
 } // namespace
 
 std::uint64_t bytesForWhole(const TilingTask& task) {
-    const auto width = static_cast<std::uint64_t>(task.width),
-               height = static_cast<std::uint64_t>(task.height);
-    return bytesOf(task, height, width * height);
-}
-
-std::string megabytesText(std::uint64_t bytes) {
-    return std::to_string((bytes + Megabyte - 1) / Megabyte) + 'M';
+    const auto pixels = static_cast<std::uint64_t>(task.width) * static_cast<std::uint64_t>(task.height);
+    return task.otherBytes + pixels * (3 * sizeof(krod::RGBAHalf) + 2 * task.extraBytes); // rows are the tile
 }
 
 void refuseOverlap(const std::string& who, const std::string& tile, int margin) {
@@ -77,7 +60,7 @@ void TilePlan::cutIntoStrips(const TilingTask& task) {
     int rows = std::min(StripRows, task.height);
     while (rows > 1 && bytesOf(task, static_cast<std::uint64_t>(rows), 0) > task.memory) rows /= 2;
     if (const std::uint64_t needed = bytesOf(task, static_cast<std::uint64_t>(rows), 0); needed > task.memory)
-        refuseMemory(task, needed);
+        refuseMemory(task.picture, needed, task.memory);
     down = {task.height, (task.height - 1) / rows + 1, rows, false};
 }
 
@@ -88,7 +71,7 @@ void TilePlan::cutForShaders(const TilingTask& task, const TilingWish& wish) {
     while (side > SmallestShrunkTile && side / 2 > 2 * wish.overlap.value_or(0) &&
            cutBytes(task, side) > task.memory)
         side /= 2;
-    if (cutBytes(task, side) > task.memory) refuseMemory(task, cutBytes(task, side));
+    if (cutBytes(task, side) > task.memory) refuseMemory(task.picture, cutBytes(task, side), task.memory);
     margin = wish.overlap.value_or(std::min(UsualOverlap, side / 4));
     if (side <= 2 * std::int64_t{margin}) refuseOverlap("--overlap", std::to_string(side), margin);
     across = cut(task.width, side, margin);
@@ -106,7 +89,7 @@ void TilePlan::cutExactly(const TilingTask& task, const TilingWish::Exact& tile)
                                       {}});
     const bool isWhole = task.width <= tile.width && task.height <= tile.height;
     const std::uint64_t needed = isWhole ? bytesForWhole(task) : cutBytes(task, tile.width, tile.height);
-    if (needed > task.memory) refuseMemory(task, needed);
+    if (needed > task.memory) refuseMemory(task.picture, needed, task.memory);
     for (const auto& [total, side] : {std::pair{task.width, tile.width}, {task.height, tile.height}})
         if (total > side && side <= 2 * std::int64_t{tile.overlap})
             refuseOverlap(task.picture + ", the overlap of its tiles", std::to_string(side), tile.overlap);

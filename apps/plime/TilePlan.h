@@ -37,14 +37,13 @@ struct TilingTask {
     std::uint64_t memory = 0;      ///< --memory
     std::optional<int> shaderSide; ///< the driver's largest texture; missing: no shader takes part
     bool isDrawn = false;          ///< it comes from a drawing, not from a file
+    std::uint64_t otherBytes = 0;  ///< held beside its pixels and counted in the memory
 };
 
 /// What the whole picture as one tile would need.
 [[nodiscard]] std::uint64_t bytesForWhole(const TilingTask& task);
 /// The failure of an overlap that is not less than half of a tile. Throws Failure(Usage).
 [[noreturn]] void refuseOverlap(const std::string& who, const std::string& tile, int margin);
-/// "12M", rounded up.
-[[nodiscard]] std::string megabytesText(std::uint64_t bytes);
 
 /// A stretch of rows or columns: what is kept, and what the processors see.
 struct TileSpan {

@@ -2,6 +2,7 @@
 // plime: image post-processing modules on the command line.
 #include "apps/plime/Help.h"
 #include "apps/plime/Interruption.h"
+#include "apps/plime/MemoryUse.h"
 #include "apps/plime/PluginSetup.h"
 #include "apps/plime/Session.h"
 #include "workbench/core/ActionListener.h"
@@ -74,6 +75,7 @@ int main(int argc, char** argv) {
     Streams streams;
     Report report;
     try {
+        giveLargeBlocksBack();
         watchForInterruption(removeTemporaries);
         const Commands commands = makeCommands();
         const std::vector<std::string> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);

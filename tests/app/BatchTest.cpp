@@ -220,7 +220,7 @@ TEST_F(PlimeBatch, interrupted_keepsFinishedPictures_andLeavesNothingHalfWritten
     call.meanwhile = interruptAtSecondFile(folder / "out");
     const Result result = run(call);
     EXPECT_EQ(result.code, 130);
-    EXPECT_EQ(result.error, "plime: error: interrupted.\n");
+    EXPECT_EQ(result.error, SignalAnswer + "plime: error: interrupted, 1 of 2 pictures are written.\n");
     EXPECT_EQ(readPicture(at("out/a.exr")).pixels.size(), 16U);
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder / "out"), {}), 1);
 }

@@ -221,8 +221,8 @@ TEST_F(PlimeInput, picturesBeyondMemory_areRefusedBeforeWork) {
                   {"render", "demo:knot", "-o", at("out.exr"), "--size", "131072x131072"});
     expectFailure(4,
                   at("out.exr") +
-                      ": needs more memory than is allowed — expected at most 10M, got 16M. Allow it "
-                      "with --memory 16M, or ask for less.",
+                      ": needs more memory than is allowed — expected at most 10M, got 124M. Allow it "
+                      "with --memory 124M.",
                   {"render", "demo:knot", "-o", at("out.exr"), "--size", "1024x1024", "--memory", "10M"});
 }
 

@@ -107,6 +107,21 @@ TEST_F(Module_instance, reads_a_text_from_a_file_byte_for_byte) {
                   "got No such file or directory.");
 }
 
+TEST_F(Module_instance, refuses_files_without_a_name_and_those_that_hold_no_text) {
+    EXPECT_EQ(setting("code", "@"), "2 Fake/One: parameter \"code\" is to be read from a file without a name "
+                                    "— expected @FILE, got \"@\".");
+    const std::filesystem::path path = testing::TempDir() + "plime-module-instance.bin";
+    std::ofstream(path, std::ios::binary)
+        .write("\x7f"
+               "ELF\0\x1b[2J",
+               9);
+    EXPECT_EQ(setting("code", '@' + path.string()), "2 Fake/One: parameter \"code\" cannot take this value — "
+                                                    "expected a text without a NUL character, got "
+                                                    "\"\\x7fELF\\x00\\x1b[2J\".");
+    std::filesystem::remove(path);
+    EXPECT_EQ(valueOf("code"), "void main() {}");
+}
+
 TEST_F(Module_instance, takes_a_text_that_looks_like_a_file_as_it_is) {
     module.setText("code", "@/etc/hostname", Limits::Checked);
     EXPECT_EQ(valueOf("code"), "@/etc/hostname");

@@ -85,9 +85,10 @@ void PictureProgramTest::expectFailure(int code, const std::string& sentence, co
     const Result result = run(call);
     EXPECT_EQ(result.code, code);
     EXPECT_EQ(result.output, "");
-    const std::size_t end = result.error.find('\n') + 1;
-    EXPECT_EQ(result.error.substr(0, end), "plime: error: " + sentence + '\n');
+    const std::string answer = code == 130 ? SignalAnswer : "";
+    const std::size_t end = result.error.find('\n', answer.size()) + 1;
+    EXPECT_EQ(result.error.substr(0, end), answer + "plime: error: " + sentence + '\n');
     const std::string rest = result.error.substr(end);
     EXPECT_TRUE(rest.empty() || rest.starts_with("  ")) << rest;
-    EXPECT_EQ(contentsOf(folder), before) << "the folder has changed";
+    EXPECT_TRUE(contentsOf(folder) == before) << "the folder has changed";
 }

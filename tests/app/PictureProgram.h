@@ -16,6 +16,11 @@ using Words = std::vector<std::string>;
 inline const std::map<std::string, std::string> WithoutOpenGL = {
     {"EGL_PLATFORM", "nonsense"}, {"__EGL_VENDOR_LIBRARY_FILENAMES", "/nonexistent"}, {"DISPLAY", ""}};
 
+/// What the first signal is answered with at once.
+inline const std::string SignalAnswer =
+    "plime: interrupted; the run ends after the tile or step that it is at. A second Ctrl-C ends it at "
+    "once.\n";
+
 /// The words one after the other.
 [[nodiscard]] Words operator+(Words words, const Words& more);
 /// How often a text occurs in another.
@@ -38,7 +43,7 @@ protected:
     /// Runs the program, which must succeed, and gives what it says.
     static std::string messagesOf(const Words& words);
     /// Runs the program, which must end with that code and exactly that sentence, and leave the folder as it
-    /// was. Details may follow the sentence.
+    /// was. Details may follow the sentence; with the code 130 the answer to the signal comes before it.
     void expectFailure(int code, const std::string& sentence, const Call& call) const;
     void expectFailure(int code, const std::string& sentence, const Words& words) const {
         expectFailure(code, sentence, Call{words});

@@ -101,7 +101,8 @@ std::vector<std::string> environmentFor(const Call& call) {
     }
     for (const char* const name : {"KROD_PLUGIN_PATH", "KROD_SHADER_PATH", "NO_COLOR"}) variables.erase(name);
     variables["TERM"] = "xterm";
-    variables["XDG_DATA_HOME"] = "/nowhere"; // shader files of whoever runs the tests
+    variables["XDG_DATA_HOME"] = "/nowhere";      // shader files of whoever runs the tests
+    variables["XDG_CACHE_HOME"] = PLIME ".cache"; // a folder in the build
     for (const auto& [name, value] : call.environment) variables[name] = value;
     std::vector<std::string> entries;
     for (const auto& [name, value] : variables) entries.push_back(name + '=' + value);
@@ -134,6 +135,7 @@ Result run(const Call& call) {
     const pid_t child = ::fork();
     if (child < 0) throw std::runtime_error("no child process");
     if (child == 0) {
+        if (call.closedInput) ::close(0);
         connect(output.write, 1);
         connect(error.write, 2);
         const rlimit limit{call.largestFile, call.largestFile};

@@ -26,6 +26,7 @@ struct Call {
     std::string folder = {};                    ///< to run in; empty: that of the test
     std::uint64_t largestFile = 0;              ///< bytes that the program may write to a file; 0: any number
     std::function<void(int child)> meanwhile{}; ///< is called with the child's number while it works
+    bool closedInput = false;                   ///< standard input is not open
 };
 
 /// What it led to.

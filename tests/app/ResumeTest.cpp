@@ -52,8 +52,8 @@ protected:
         call.meanwhile = interruptAtFile(parts, tile);
         const Result result = run(call);
         EXPECT_EQ(result.code, 130);
-        EXPECT_EQ(result.error, "plime: error: interrupted.\n  Finished tiles are kept in " + parts +
-                                    "; continue with the same command and --resume\n");
+        EXPECT_EQ(result.error, SignalAnswer + "plime: error: interrupted.\n  Finished tiles are kept in " +
+                                    parts + "; continue with the same command and --resume\n");
         EXPECT_EQ(filesInFolder(), files) << "only the tiles are left";
         const std::size_t kept = occurrences(read(parts + "/journal"), "\n") - 1;
         EXPECT_GE(kept, 3U);
@@ -123,8 +123,8 @@ TEST_F(PlimeResume, journalCutInALine_losesThatTile) {
 TEST_F(PlimeResume, changedParameter_drawsAllAnew_andWarns) {
     const std::string warning =
         "plime: warning: " + parts +
-        ": its tiles are of another drawing: input, parameters, view, driver or program have changed; all "
-        "tiles are drawn anew.\n";
+        ": its tiles are of other work: input, parameters, view, tiles, driver or program have changed; all "
+        "tiles are made anew.\n";
     static_cast<void>(interruptedAt("tile-3", {"--background", "0.5,0,0"}));
     const Words changed = {"--background", "0,0.5,0"};
     const std::string text = messagesOf(drawing("a.exr", changed + Words{"--resume", "-v"}));

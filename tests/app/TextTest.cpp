@@ -12,6 +12,15 @@ TEST(Printable, escapes_everything_that_a_terminal_may_obey) {
     EXPECT_EQ(printable(std::string("\0", 1)), "\\x00");
 }
 
+TEST(Printable, escapes_marks_that_make_a_text_look_like_another) {
+    EXPECT_EQ(printable("a\u202eb\u2066c"), "a\\xe2\\x80\\xaeb\\xe2\\x81\\xa6c");
+    for (const char* const mark :
+         {"\u061c", "\u200e", "\u200f", "\u2028", "\u2029", "\u202a", "\u202d", "\u2069"})
+        EXPECT_NE(printable(mark), mark);
+    for (const char* const kept : {"\u200d", "\u2027", "\u202f", "\u2065", "\u206a", "\u00a0", "—", "א"})
+        EXPECT_EQ(printable(kept), kept);
+}
+
 TEST(Printable, keeps_utf8_and_escapes_bytes_that_are_none) {
     EXPECT_EQ(printable("Größe — 2²×😀"), "Größe — 2²×😀");
     EXPECT_EQ(printable("\xff\xc3"), "\\xff\\xc3");

@@ -129,6 +129,14 @@ TEST_F(TileJournals, journalCutInItsHead_isThatOfAnotherJob) {
     EXPECT_TRUE(TileJournal(output, "job", true).foundAnotherJob());
 }
 
+TEST_F(TileJournals, emptyJournal_isOfARunThatWasKilledAtItsBeginning_andNoOtherJobs) {
+    leaveTiles();
+    write("a.exr.parts/journal", "");
+    TileJournal journal(output, "job", true);
+    EXPECT_FALSE(journal.foundAnotherJob());
+    EXPECT_FALSE(journal.holdsTiles());
+}
+
 TEST_F(TileJournals, afterACutLine_newLinesCount) {
     leaveTiles();
     const std::string text = read(parts / "journal");

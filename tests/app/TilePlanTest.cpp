@@ -73,7 +73,7 @@ TEST(Tile_plan, takes_larger_ones_whole_when_asked_and_the_driver_can) {
 }
 
 TEST(Tile_plan, cuts_a_picture_that_does_not_fit_into_the_memory) {
-    EXPECT_EQ(textOf({shaders(4000, 4000, 200ULL << 20U), {}}), "3x3 of 1462x1462 with 64");
+    EXPECT_EQ(textOf({shaders(4000, 4000, 200ULL << 20U), {}}), "5x5 of 928x928 with 64");
     EXPECT_EQ(textOf({shaders(4000, 4000, 40ULL << 20U), {}}), "11x11 of 492x492 with 64");
     EXPECT_EQ(refusalOf(shaders(100000, 100, 10ULL << 20U), {}),
               "4 a.exr: needs more memory than is allowed — expected at most 10M, got 98M. Allow it with "

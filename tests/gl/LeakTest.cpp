@@ -2,11 +2,14 @@
 // Names of OpenGL objects, counted.
 #include "GlFixture.h"
 
+#include "workbench/gl/RenderTarget.h"
+
 #include "host/gl/GLImageTileProcessor.h"
 
 #include <epoxy/gl.h>
 
 #include <map>
+#include <stdexcept>
 
 namespace workbench::test {
 namespace {
@@ -40,6 +43,47 @@ TEST_F(Leaks, Hundred_frames_leave_what_one_frame_leaves) {
     EXPECT_EQ(after1.at("shaders"), 0);
     for (int i = 0; i < 100; ++i) static_cast<void>(renderPicture(session, *second, pool, frame(16, 16)));
     EXPECT_EQ(livingNames(), after1);
+}
+
+TEST_F(Leaks, Thousand_frames_leave_what_one_frame_leaves) {
+    const auto shown = display(average);
+    shown->setInput(object(fill));
+    static_cast<void>(renderPicture(session, *shown, pool, frame(8, 8)));
+    const Counts after1 = livingNames();
+    for (int i = 0; i < 1000; ++i) static_cast<void>(renderPicture(session, *shown, pool, frame(8, 8)));
+    EXPECT_EQ(livingNames(), after1);
+}
+
+TEST_F(Leaks, Frames_that_fail_leave_nothing) {
+    const auto shown = display(average), broken = display([](TestDisplay::Renderer&renderer) {
+                                             average(renderer);
+                                             throw std::runtime_error("behind the quad");
+                                         });
+    shown->setInput(object(fill));
+    broken->setInput(object([](krod::VGLRenderContext& context) {
+        fill(context);
+        if (context.width() == 16) throw std::runtime_error("in the input");
+    }));
+    const auto fail = [&](int size) {
+        EXPECT_ANY_THROW(static_cast<void>(renderPicture(session, *broken, pool, frame(size, size))));
+    };
+    static_cast<void>(renderPicture(session, *shown, pool, frame(8, 8)));
+    fail(8);
+    fail(16);
+    const Counts before = livingNames();
+    for (int i = 0; i < 100; ++i) fail(i % 2 == 0 ? 8 : 16);
+    EXPECT_EQ(livingNames(), before);
+}
+
+TEST_F(Leaks, Memory_that_does_not_suffice_leaves_nothing) {
+    if (onSoftpipe()) {
+        SUCCEED() << "its largest texture fits";
+        return;
+    }
+    const Counts before = livingNames();
+    for (int i = 0; i < 10; ++i)
+        EXPECT_ANY_THROW(static_cast<void>(session.targets().leaseMultisample(12000, 12000, 4)));
+    EXPECT_EQ(livingNames(), before);
 }
 
 TEST_F(Leaks, Refused_programs_leave_nothing) {

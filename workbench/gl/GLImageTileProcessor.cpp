@@ -35,6 +35,10 @@ Chunk<RGBAHalf>* pixelsOf(const ImageTile& tile) {
     return pixels->elements() < needed ? nullptr : pixels;
 }
 
+std::string describe(const ImageTile& tile) {
+    return std::string(Who) + " of " + std::to_string(tile.width()) + 'x' + std::to_string(tile.height());
+}
+
 } // namespace
 
 GLImageTileProcessor::~GLImageTileProcessor() = default;
@@ -42,6 +46,15 @@ GLImageTileProcessor::~GLImageTileProcessor() = default;
 void GLImageTileProcessor::process(const VRenderContext&, ImageTile& tile) {
     const auto pixels = pixelsOf(tile);
     if (!pixels) return;
+    try {
+        drawOver(tile, pixels->data());
+    } catch (const GLError& error) { // missing memory has a way on, whoever notices it
+        if (!workbench::isMemoryError(error.code())) throw;
+        throw workbench::GraphicsMemoryFailure(describe(tile), 0);
+    }
+}
+
+void GLImageTileProcessor::drawOver(const ImageTile& tile, RGBAHalf* pixels) {
     auto& session = workbench::RenderSession::require(Who);
     workbench::reportPendingErrors(Who, "was pending before it was processed; something else caused it");
     // The target also checks the size against the driver's limits, before the texture of the same size is
@@ -52,11 +65,11 @@ void GLImageTileProcessor::process(const VRenderContext&, ImageTile& tile) {
     workbench::setEntryState(tile.width(), tile.height());
     glDisable(GL_DITHER);
     glBindTexture(GL_TEXTURE_2D, frame->name());
-    workbench::uploadPixels(tile.width(), tile.height(), pixels->data());
+    workbench::uploadPixels(tile.width(), tile.height(), pixels);
     target->bind();
     renderFrameTexture(*frame);
     GLError::throwPossibleError(Who, "GLImageTileProcessor", 0);
-    workbench::readPixels({0, 0, tile.width(), tile.height()}, pixels->data(),
+    workbench::readPixels({0, 0, tile.width(), tile.height()}, pixels,
                           static_cast<std::size_t>(tile.width()));
     GLError::throwPossibleError(Who, "GLImageTileProcessor", 0);
 }

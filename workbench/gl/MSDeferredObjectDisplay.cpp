@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/gl/MSDeferredObjectDisplay.h"
 
+#include "workbench/gl/ArrayLimit.h"
 #include "workbench/gl/PendingErrors.h"
 #include "workbench/gl/Quad.h"
 #include "workbench/gl/RenderSession.h"
@@ -98,10 +99,12 @@ MSDeferredObjectDisplay::MSDeferredObjectDisplay(const std::string& name,
 MSDeferredObjectDisplay::~MSDeferredObjectDisplay() = default;
 
 void MSDeferredObjectDisplay::setInput(const StrongPtr<VGLRenderObject>& object) {
+    std::string path = name();
     for (const VGLRenderObject* link = object.get(); link;) {
+        path += " → " + link->name();
         if (link == this)
             throw std::invalid_argument(name() + ": " + object->name() +
-                                        " cannot be its input, since it shows this display itself");
+                                        " cannot be its input, since it shows this display itself: " + path);
         const auto* display = dynamic_cast<const MSDeferredObjectDisplay*>(link);
         link = display ? display->input().get() : nullptr;
     }
@@ -127,6 +130,7 @@ void MSDeferredObjectDisplay::drawFrame(VGLRenderContext& context, bool handsDep
                                                            {}});
     auto& session = workbench::RenderSession::require(name());
     workbench::reportPendingErrors(name(), "was pending before it was drawn; something else caused it");
+    workbench::requireShortArrays(*this, context.valuePool());
     const StrongPtr<Renderer> renderer = createRenderer(context);
     const auto target =
         session.targets().leaseMultisample(context.width(), context.height(), renderer->requestedSamples());

@@ -49,6 +49,8 @@ std::string errorText(unsigned code) {
     return name ? std::string(name) + " (" + number + ')' : number;
 }
 
+bool isMemoryError(unsigned code) noexcept { return code == GL_OUT_OF_MEMORY; }
+
 std::vector<unsigned> takePendingErrors() {
     std::vector<unsigned> errors;
     for (int i = 0; i < MostErrors; ++i) {

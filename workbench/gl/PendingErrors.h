@@ -12,6 +12,9 @@ namespace workbench {
 /// "GL_INVALID_ENUM (0x0500)"; a code without a name is written as the number alone.
 [[nodiscard]] KROD_API std::string errorText(unsigned code);
 
+/// Whether it says that memory is missing.
+[[nodiscard]] KROD_API bool isMemoryError(unsigned code) noexcept;
+
 /// Takes all pending errors off, oldest first. A context is current.
 [[nodiscard]] KROD_API std::vector<unsigned> takePendingErrors();
 

@@ -2,7 +2,6 @@
 #include "workbench/gl/RenderTarget.h"
 
 #include "workbench/gl/PendingErrors.h"
-#include "workbench/report/Failure.h"
 
 #include "host/core/VActionNotifier.h"
 
@@ -31,16 +30,28 @@ Failure refusal(const TargetShape& shape, const std::string& reason) {
                                    {}});
 }
 
-Failure memoryFailure(const TargetShape& shape) {
-    return Failure(Fault::Output, {"drawing area of " + shapeText(shape),
-                                   "does not fit into the memory for graphics",
-                                   std::to_string(shape.bytes() >> 20) + " MiB",
-                                   "GL_OUT_OF_MEMORY",
-                                   "Choose a smaller size, fewer samples or a smaller --tile",
-                                   {}});
+GraphicsMemoryFailure memoryFailure(const TargetShape& shape, const std::string& got) {
+    return {"drawing area of " + shapeText(shape), shape.bytes(), got};
+}
+
+/// Throws the pending error, if there is one, as the driver's answer to this shape.
+void throwPending(const TargetShape& shape) {
+    const auto errors = takePendingErrors();
+    if (errors.empty()) return;
+    if (isMemoryError(errors.front())) throw memoryFailure(shape, errorText(errors.front()));
+    throw refusal(shape, errorText(errors.front()));
 }
 
 } // namespace
+
+GraphicsMemoryFailure::GraphicsMemoryFailure(const std::string& who, std::size_t bytes,
+                                             const std::string& got)
+    : Failure(Fault::Output, {who,
+                              "does not fit into the memory for graphics",
+                              bytes > 0 ? std::to_string((bytes >> 20) + 1) + " MiB" : "",
+                              got,
+                              "Choose a smaller size, fewer samples or a smaller --tile",
+                              {}}) {}
 
 std::size_t TargetShape::bytes() const noexcept {
     const std::size_t perSample = ColorBytes + (depth ? DepthBytes : 0);
@@ -53,11 +64,12 @@ RenderTarget::RenderTarget(const TargetShape& shape)
       colorTexture(GLName::Kind::Texture),
       depthTexture(GLName::Kind::Texture),
       frame(GLName::Kind::Framebuffer) {
+    const bool isNamed = colorTexture.get() != 0 && depthTexture.get() != 0 && frame.get() != 0;
+    if (!isNamed) throwPending(shape); // else it would count as pending from before
     reportPendingErrors("drawing area", "was pending before it was made");
     makeTextures();
     makeFramebuffer();
-    for (const unsigned code : takePendingErrors())
-        throw code == GL_OUT_OF_MEMORY ? memoryFailure(shape) : refusal(shape, errorText(code));
+    throwPending(shape);
 }
 
 void RenderTarget::makeTextures() {
@@ -100,10 +112,17 @@ void RenderTarget::makeFramebuffer() {
     glBindFramebuffer(GL_DRAW_FRAMEBUFFER, static_cast<GLuint>(draw));
     glBindFramebuffer(GL_READ_FRAMEBUFFER, static_cast<GLuint>(read));
     if (status == GL_FRAMEBUFFER_COMPLETE) return;
-    // Textures without memory make an incomplete framebuffer, too: the error tells more than the status.
+    const std::string statusText = "framebuffer status " + errorText(status);
     for (const unsigned code : takePendingErrors())
-        if (code == GL_OUT_OF_MEMORY) throw memoryFailure(wanted);
-    throw refusal(wanted, "framebuffer status " + errorText(status));
+        if (isMemoryError(code)) throw memoryFailure(wanted, errorText(code));
+    // Every driver draws to these formats, in any size up to its limit, which is asked for before. What such
+    // a texture can lack is memory, and some drivers tell it by nothing but the status.
+    if (status == GL_FRAMEBUFFER_INCOMPLETE_ATTACHMENT) throw memoryFailure(wanted, statusText);
+    throw refusal(wanted, statusText);
+}
+
+std::size_t RenderTarget::bytes() const noexcept {
+    return TargetShape{wanted.width, wanted.height, realSamples, wanted.depth}.bytes();
 }
 
 void RenderTarget::bind() const { glBindFramebuffer(GL_FRAMEBUFFER, frame.get()); }
@@ -141,15 +160,41 @@ TargetPool::Lease TargetPool::lease(const TargetShape& shape) {
     if (found != idle.rend()) {
         Lease kept(found->release(), Return{this});
         idle.erase(std::next(found).base());
+        used += kept->bytes();
         return kept;
     }
+    if (allowed) dropIdle(shape.bytes());
     try {
-        return Lease(new RenderTarget(shape), Return{this});
-    } catch (const Failure& failure) {
-        if (failure.fault() != Fault::Output || idle.empty()) throw;
+        return made(shape);
+    } catch (const GraphicsMemoryFailure&) {
+        if (idle.empty()) throw;
     }
     idle.clear(); // what is kept for later may be what is missing now
-    return Lease(new RenderTarget(shape), Return{this});
+    return made(shape);
+}
+
+TargetPool::Lease TargetPool::made(const TargetShape& shape) {
+    Lease target(new RenderTarget(shape), Return{this});
+    used += target->bytes();
+    return target;
+}
+
+void TargetPool::allow(std::size_t bytes) noexcept {
+    allowed = bytes;
+    dropIdle(0);
+}
+
+/// The oldest go until there is room for so many bytes more, or none is left.
+void TargetPool::dropIdle(std::size_t further) noexcept {
+    std::size_t bytes = further + (allowed ? used : 0);
+    for (const auto& kept : idle) bytes += kept->bytes();
+    const auto isTooMuch = [&] {
+        return allowed ? bytes > *allowed : idle.size() > MostIdle || bytes > MostIdleBytes;
+    };
+    while (!idle.empty() && isTooMuch()) {
+        bytes -= idle.front()->bytes();
+        idle.erase(idle.begin());
+    }
 }
 
 int TargetPool::grantedSamples(int asked) {
@@ -161,13 +206,9 @@ int TargetPool::grantedSamples(int asked) {
 }
 
 void TargetPool::giveBack(std::unique_ptr<RenderTarget> target) {
+    used -= target->bytes();
     idle.push_back(std::move(target));
-    std::size_t bytes = 0;
-    for (const auto& kept : idle) bytes += kept->shape().bytes();
-    while (!idle.empty() && (idle.size() > MostIdle || bytes > MostIdleBytes)) {
-        bytes -= idle.front()->shape().bytes();
-        idle.erase(idle.begin());
-    }
+    dropIdle(0);
 }
 
 } // namespace workbench

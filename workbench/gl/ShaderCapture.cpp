@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "workbench/gl/ShaderCapture.h"
 
+#include "workbench/gl/ArrayLimit.h"
 #include "workbench/gl/RenderSession.h"
 #include "workbench/gl/StateGuard.h"
 
@@ -19,6 +20,7 @@ ShaderCapture* ShaderCapture::current() noexcept { return innermost; }
 
 std::vector<ProgramTexts> captureShader(krod::MSDeferredObjectDisplay& display,
                                         const krod::VValuePool& pool) {
+    requireShortArrays(display, pool);
     // Displays call OpenGL themselves for the state of their quad. Without a context these calls do nothing.
     std::optional<StateGuard> guard;
     if (RenderSession::current()) guard.emplace();

@@ -33,7 +33,7 @@ private:
 
 /// The programs that the display makes in one frame, with its parameters read in that pool. Neither opens
 /// OpenGL nor changes anything in a session that is current; the display needs no input. Throws what the
-/// display throws.
+/// display throws, and as requireShortArrays.
 [[nodiscard]] KROD_API std::vector<ProgramTexts> captureShader(krod::MSDeferredObjectDisplay& display,
                                                                const krod::VValuePool& pool);
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "workbench/gl/ShaderCompiler.h"
 
+#include "workbench/gl/PendingErrors.h"
 #include "workbench/gl/ShaderFiles.h"
 #include "workbench/gl/dialect/ShaderLog.h"
 #include "workbench/report/Failure.h"
@@ -73,6 +74,15 @@ Failure refusal(const std::string& label, const std::string& what, const std::st
     return Failure(Fault::Shader, std::move(diagnostic));
 }
 
+/// A driver that has run out of memory, or lost its context, refuses texts that are right. That is no failure
+/// of the text: it may compile the next time.
+void requireSoundDriver(const std::string& label) {
+    for (const unsigned code : takePendingErrors())
+        if (code == GL_OUT_OF_MEMORY || code == GL_CONTEXT_LOST)
+            throw Failure(code == GL_OUT_OF_MEMORY ? Fault::Output : Fault::OpenGL,
+                          {label, "could not be compiled", "", "OpenGL error " + errorText(code), "", {}});
+}
+
 GLName compileShader(const std::string& text, const std::string& label, ShaderStage stage, bool strict) {
     const bool isVertex = stage == ShaderStage::Vertex;
     const AdaptedText adapted = adaptText(text, stage, strict, regionsOf(text));
@@ -86,6 +96,7 @@ GLName compileShader(const std::string& text, const std::string& label, ShaderSt
     GLint compiled = GL_FALSE;
     glGetShaderiv(shader.get(), GL_COMPILE_STATUS, &compiled);
     if (compiled == GL_TRUE) return shader;
+    requireSoundDriver(label);
     const std::string what =
         isVertex ? "does not compile as a vertex shader" : "does not compile as a fragment shader";
     throw refusal(label, what + becauseEmpty(text), shaderLog(shader.get()), adapted.lines);
@@ -106,6 +117,7 @@ GLName compileProgram(const ProgramTexts& texts, bool strict) {
     GLint linked = GL_FALSE;
     glGetProgramiv(program.get(), GL_LINK_STATUS, &linked);
     if (linked == GL_TRUE) return program;
+    requireSoundDriver(texts.fragmentLabel);
     throw refusal(texts.fragmentLabel,
                   "does not link with " + texts.vertexLabel + becauseEmpty(texts.fragmentText),
                   programLog(program.get()), LineTable(texts.fragmentText, regionsOf(texts.fragmentText)));

@@ -31,6 +31,7 @@ struct Files {
     std::mutex mutex;
     std::vector<fs::path> folders;
     std::map<std::string, Winner> winners; ///< by the name that the module asks for
+    std::set<std::string> asked;           ///< names, found or not
     std::set<std::string> told;            ///< warnings
 };
 
@@ -105,6 +106,7 @@ std::vector<fs::path> currentFolders() {
 std::vector<std::string> remember(const std::string& name, const Search& result) {
     Files& all = files();
     const std::lock_guard lock(all.mutex);
+    all.asked.insert(name);
     if (result.winner)
         all.winners[name] = *result.winner;
     else
@@ -152,6 +154,12 @@ std::vector<ShaderFile> usedShaderFiles() {
     std::vector<ShaderFile> used;
     for (const auto& [name, winner] : all.winners) used.push_back({name, winner.path});
     return used;
+}
+
+std::vector<std::string> askedShaderFiles() {
+    Files& all = files();
+    const std::lock_guard lock(all.mutex);
+    return {all.asked.begin(), all.asked.end()};
 }
 
 std::optional<ShaderFileInText> findShaderFile(const std::string& text) {

@@ -32,6 +32,9 @@ KROD_API void setShaderFolders(const std::vector<std::filesystem::path>& folders
 /// Which files have won so far, by name.
 [[nodiscard]] KROD_API std::vector<ShaderFile> usedShaderFiles();
 
+/// The names that modules have asked for so far, in the order of the alphabet.
+[[nodiscard]] KROD_API std::vector<std::string> askedShaderFiles();
+
 /// A user's file within a composed text.
 struct ShaderFileInText {
     std::filesystem::path path;

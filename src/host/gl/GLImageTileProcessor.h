@@ -30,6 +30,7 @@ public:
     [[nodiscard]] virtual std::string shaderCode() const = 0;
 
 private:
+    void drawOver(const ImageTile& tile, RGBAHalf* pixels);
     std::string programText();
 
     std::string lastGood, lastRefused; // texts; only where the host keeps the last good program
