@@ -27,6 +27,7 @@ using krod::StrongPtr;
 using krod::VParameter;
 
 constexpr std::size_t MostObjects = 24;
+constexpr int MostSteps = 128; // of one session; more of them only take longer
 
 /// Loaded once and never unloaded: a fuzzer knows the addresses of its code.
 const Catalogue& catalogue() {
@@ -311,7 +312,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::size_t creators = CreatorRegistry::entries().size(), living = livingObjectCount();
     {
         Host host;
-        for (Script script(data, size); !script.ended();) {
+        Script script(data, size);
+        for (int step = 0; step < MostSteps && !script.ended(); ++step) {
             host.perform(script);
             host.check();
         }
