@@ -48,6 +48,8 @@ void wanted(const std::string& what, const Limit& limit, const std::vector<doubl
     const bool atMost = limit.side == Limit::Side::AtMost;
     const double value = median(measured);
     const bool met = atMost ? value <= limit.value : value >= limit.value;
+    const std::string text =
+        (measured.size() > 1 ? spread(measured, limit.digits) : fixed(value, limit.digits)) + limit.unit;
     print("@ | " + what + " | " + (atMost ? "at most " : "at least ") + fixed(limit.value, limit.digits) +
           limit.unit + " | " + spread(measured, limit.digits) + limit.unit + " | " +
           (met ? "yes" : "**no**") + " |");

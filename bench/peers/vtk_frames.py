@@ -2,10 +2,10 @@
 # SPDX-License-Identifier: Apache-2.0
 """Draws frames of a model with VTK when asked: vtk_frames.py MODEL.ply WIDTH HEIGHT SAMPLES PASS
 
-Says "ready", its version and the driver on one line; then draws a frame for each line that it reads, finishes
-it, and writes the seconds. PASS is none, blur, tone or contour. SAMPLES are those of the window; passes draw the model into
-ordinary textures all the same, so "super" draws it larger and shrinks it before the pass, as VTK smooths edges then. VTK draws into a framebuffer of its own; the window of
-an X server is needed for the context only.
+Says "ready", its version and the driver on one line; then draws a frame for each line that it reads, finishes it, and
+writes the seconds. PASS is none, blur, tone or contour. SAMPLES are those of the window. A pass draws the model into
+ordinary textures all the same, so "super" has the model drawn larger and shrunk before the pass, which is how VTK smooths
+edges then. It draws into a framebuffer of its own; the window of an X server is needed for the context only.
 """
 import sys
 import time
