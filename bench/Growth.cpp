@@ -58,8 +58,8 @@ private:
             plot.points.push_back({stations[i].x, median(times[i])});
         }
         plot.line = lineThrough(plot.points);
-        note("Line: " + fixed(plot.line.offset, 2) + " ms + " + fixed(plot.line.slope, 3) +
-             " ms for each of " + curve.across + ", R² = " + fixed(plot.line.share, 4) + ".");
+        note("Line: " + fixed(plot.line.offset, 2) + " ms + " + fixed(plot.line.slope, 3) + " ms x " +
+             curve.across + ", R² = " + fixed(plot.line.share, 4) + ".");
         if (folder.empty()) return;
         plot.write(folder + '/' + curve.file + ".svg");
         note("![" + curve.title + "](performance/" + curve.file + ".svg)");

@@ -65,4 +65,15 @@ void writePictureFile(const std::string& path, const PictureFormat& format, int 
     writer->finish();
 }
 
+double meanShade(const std::string& path) {
+    const auto reader = workbench::PictureReader::open(path);
+    const int width = reader->description().width, height = reader->description().height;
+    const int count = std::min(StripRows, height / 2);
+    std::vector<krod::RGBAHalf> rows(static_cast<std::size_t>(width) * static_cast<std::size_t>(count));
+    reader->readRows(height / 2, count, rows.data());
+    double sum = 0;
+    for (const krod::RGBAHalf& pixel : rows) sum += static_cast<float>(pixel.r);
+    return sum / static_cast<double>(rows.size());
+}
+
 } // namespace bench

@@ -28,4 +28,7 @@ void fillRows(int side, int first, int count, krod::RGBAHalf* out);
 /// Writes such a picture. Throws workbench::Failure.
 void writePictureFile(const std::string& path, const PictureFormat& format, int side);
 
+/// The mean of red in rows about the middle of a picture. Throws workbench::Failure.
+[[nodiscard]] double meanShade(const std::string& path);
+
 } // namespace bench

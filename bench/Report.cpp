@@ -51,8 +51,7 @@ void wanted(const std::string& what, const Limit& limit, const std::vector<doubl
     const std::string text =
         (measured.size() > 1 ? spread(measured, limit.digits) : fixed(value, limit.digits)) + limit.unit;
     print("@ | " + what + " | " + (atMost ? "at most " : "at least ") + fixed(limit.value, limit.digits) +
-          limit.unit + " | " + spread(measured, limit.digits) + limit.unit + " | " +
-          (met ? "yes" : "**no**") + " |");
+          limit.unit + " | " + text + " | " + (met ? "yes" : "**no**") + " |");
 }
 
 } // namespace bench

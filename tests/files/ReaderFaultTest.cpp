@@ -5,7 +5,9 @@
 
 #include <algorithm>
 #include <csignal>
+#include <cstdlib>
 #include <cstring>
+#include <fstream>
 
 #include <unistd.h>
 
@@ -19,8 +21,13 @@ constexpr char Magic[] = "\x76\x2f\x31\x01 and nothing that any decoder will see
 const std::string Damaged = ". The file is probably damaged.";
 const Words Gamma = {"--with", "Hollywood/GammaCorrection"};
 
+/// The variable that tells the processes below this test from those of other tests, also when their parent is gone.
+constexpr char Mark[] = "READER_FAULT_TEST";
+
 class ReaderFaultTest : public PictureProgramTest {
 protected:
+    static void SetUpTestSuite() { ::setenv(Mark, std::to_string(::getpid()).c_str(), 1); }
+
     std::string file(const std::string& name) const { return write(name + ".exr", Magic).string(); }
 
     /// Opens and reads the whole picture, which must end in that sentence; the next picture must be read.
@@ -40,27 +47,32 @@ protected:
     void expectRefusalOfProgram(const std::string& name, const std::string& sentence) const {
         const std::string path = file(name);
         Call call{Words{"process", path, "-o", at("out.exr")} + Gamma};
-        call.environment = {{"KROD_PICTURE_SECONDS", "1"}, {"KROD_PLUGIN_PATH", PLUGIN_FOLDER}};
+        call.environment = {{"KROD_PICTURE_SECONDS", "2"}, {"KROD_PLUGIN_PATH", PLUGIN_FOLDER}};
         expectFailure(3, path + ": " + sentence, call);
         EXPECT_FALSE(fs::exists(at("out.exr")));
     }
 };
 
-/// The processes of that program.
-std::vector<fs::path> processesOf(const fs::path& program) {
+/// The processes of the broken reader that this test has brought about.
+std::vector<fs::path> readers() {
+    const std::string mark = Mark + ('=' + std::to_string(::getpid()));
     std::vector<fs::path> all;
     for (const auto& entry : fs::directory_iterator("/proc")) {
         std::error_code error;
-        if (fs::read_symlink(entry.path() / "exe", error) == program && !error) all.push_back(entry.path());
+        if (fs::read_symlink(entry.path() / "exe", error) != BROKEN_READER || error) continue;
+        std::ifstream environment(entry.path() / "environ");
+        for (std::string variable; std::getline(environment, variable, '\0');) {
+            if (variable == mark) all.push_back(entry.path());
+        }
     }
     return all;
 }
 
 /// Waits for the end of all but so many processes, which is on its way.
-std::size_t processesLeft(std::size_t wanted) {
+std::size_t readersLeft(std::size_t wanted) {
     std::size_t left = 0;
     for (int i = 0; i < 10000; ++i) {
-        left = processesOf(BROKEN_READER).size();
+        left = readers().size();
         if (left <= wanted) break;
     }
     return left;
@@ -68,7 +80,7 @@ std::size_t processesLeft(std::size_t wanted) {
 
 std::string seconds(int count) { return "no answer of the decoder for " + std::to_string(count) + " s"; }
 
-constexpr std::chrono::milliseconds Short{300};
+constexpr std::chrono::seconds Short{2};
 
 } // namespace
 
@@ -97,11 +109,11 @@ TEST_F(ReaderFaultTest, Decoder_thatEndsTheProcess_isOneSentence) {
 }
 
 TEST_F(ReaderFaultTest, Decoder_thatHangs_isEnded) {
-    expectRefusal("hangOpening", "cannot be read as a picture — got " + seconds(1) + Damaged,
+    expectRefusal("hangOpening", "cannot be read as a picture — got " + seconds(2) + Damaged,
                   {.time = Short});
-    expectRefusal("hangAtRow", "cannot be read at the rows 960 to 1023 of 2000 — got " + seconds(1) + Damaged,
+    expectRefusal("hangAtRow", "cannot be read at the rows 960 to 1023 of 2000 — got " + seconds(2) + Damaged,
                   {.time = Short});
-    EXPECT_LE(processesLeft(1), 1U) << "the program itself is kept, and no process of a picture";
+    EXPECT_LE(readersLeft(1), 1U) << "the program itself is kept, and no process of a picture";
 }
 
 TEST_F(ReaderFaultTest, Decoder_thatTakesAllMemory_meetsALimit) {
@@ -151,7 +163,7 @@ TEST_F(ReaderFaultTest, Decoder_thatLiesAboutRows_isNotBelieved) {
     expectRefusal("lieFlood",
                   "cannot be read at the rows 64 to 127 of 2000 — got an answer that cannot be right" +
                       Damaged);
-    expectRefusal("lieSilent", "cannot be read at the rows 0 to 63 of 2000 — got " + seconds(1) + Damaged,
+    expectRefusal("lieSilent", "cannot be read at the rows 0 to 63 of 2000 — got " + seconds(2) + Damaged,
                   {.time = Short});
 }
 
@@ -178,7 +190,7 @@ TEST_F(ReaderFaultTest, Rows_afterAnOrderlyFailure_areReadAllTheSame) {
 
 TEST_F(ReaderFaultTest, Program_thatIsKilled_isStartedAgain) {
     const auto reader = PictureReader::open(file("good"));
-    for (const fs::path& process : processesOf(BROKEN_READER)) ::kill(std::stoi(process.filename()), SIGKILL);
+    for (const fs::path& process : readers()) ::kill(std::stoi(process.filename()), SIGKILL);
     krod::RGBAHalf row[100];
     expectHas(sentenceOf(Fault::Input, [&] { reader->readRows(0, 1, row); }),
               "got a reading process that ended without a word" + Damaged);
@@ -186,7 +198,7 @@ TEST_F(ReaderFaultTest, Program_thatIsKilled_isStartedAgain) {
 }
 
 TEST_F(ReaderFaultTest, Plime_endsInOrder_andLeavesNothing) {
-    const std::size_t before = processesOf(BROKEN_READER).size();
+    const std::size_t before = readers().size();
     expectRefusalOfProgram("crashOpening",
                            "cannot be read as a picture — got a reading process that was ended by "
                            "signal 11 (SIGSEGV)" +
@@ -196,7 +208,7 @@ TEST_F(ReaderFaultTest, Plime_endsInOrder_andLeavesNothing) {
                            "was ended by signal 11 (SIGSEGV)" +
                                Damaged);
     expectRefusalOfProgram("hangAtRow",
-                           "cannot be read at the rows 960 to 1023 of 2000 — got " + seconds(1) + Damaged);
+                           "cannot be read at the rows 960 to 1023 of 2000 — got " + seconds(2) + Damaged);
     expectRefusalOfProgram("exitOpening",
                            "cannot be read as a picture — got a reading process that exited with code 0" +
                                Damaged);
@@ -204,7 +216,7 @@ TEST_F(ReaderFaultTest, Plime_endsInOrder_andLeavesNothing) {
                            "cannot be read at the rows 0 to 63 of 2000 — got an answer that cannot be "
                            "right" +
                                Damaged);
-    EXPECT_EQ(processesLeft(before), before);
+    EXPECT_EQ(readersLeft(before), before);
 }
 
 TEST_F(ReaderFaultTest, Plime_whoseDecoderTakesAllMemory_endsInOrder) {
@@ -226,17 +238,16 @@ TEST_F(ReaderFaultTest, Plime_overManyPictures_goesOnAfterACrash) {
 }
 
 TEST_F(ReaderFaultTest, Plime_thatIsKilled_takesItsReadersAlong) {
-    const std::size_t before = processesOf(BROKEN_READER).size();
+    const std::size_t before = readers().size();
     const std::string path = file("hangAtRow");
     Call call{Words{"process", path, "-o", at("out.exr")} + Gamma};
     call.environment = {{"KROD_PLUGIN_PATH", PLUGIN_FOLDER}};
     call.meanwhile = [before](int child) {
-        while (processesOf(BROKEN_READER).size() < before + 2)
-            continue; // the program and the process of the picture
+        while (readers().size() < before + 2) continue; // the program and the process of the picture
         ::kill(child, SIGKILL);
     };
     EXPECT_EQ(run(call).code, 1000 + SIGKILL);
-    EXPECT_EQ(processesLeft(before), before);
+    EXPECT_EQ(readersLeft(before), before);
 }
 
 TEST_F(ReaderFaultTest, Plime_withoutTheProgram_saysSo) {
