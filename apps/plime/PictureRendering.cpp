@@ -8,6 +8,7 @@
 #include "apps/plime/PictureProcessing.h"
 #include "apps/plime/SceneInput.h"
 #include "apps/plime/TilePass.h"
+#include "workbench/files/InputKind.h"
 #include "workbench/gl/ArrayLimit.h"
 #include "workbench/gl/RenderTarget.h"
 #include "workbench/platform/EglContext.h"
@@ -16,6 +17,7 @@
 #include "host/gl/VGLRenderContext.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <optional>
 
 namespace workbench {
@@ -47,12 +49,29 @@ int grantedSamples(RenderSession& rendering, const RenderTask& task) {
     return samples;
 }
 
+/// The file that is drawn, or "".
+std::string fileOf(const RenderTask& task) {
+    const auto file = task.scene.object().slots().input("file");
+    return file ? file->value().text() : "";
+}
+
+/// What the content of the file takes at most, here and in the driver; by its size, so that the same picture is always
+/// cut alike.
+std::uint64_t bytesOfInput(const std::string& file) {
+    if (file.empty()) return 0;
+    if (classifyInput(file) != InputKind::Picture) return 4 * std::filesystem::file_size(file);
+    const PictureDescription picture = PictureReader::open(file)->description();
+    return 2 * sizeof(krod::RGBAHalf) * static_cast<std::uint64_t>(picture.width) *
+           static_cast<std::uint64_t>(picture.height);
+}
+
 DrawingPlan drawingOf(const Session& session, RenderSession& rendering, const RenderTask& task,
                       const FrameSetup& setup) {
     const std::string path = task.wish.requirePath();
     return planDrawing({path, setup.width, setup.height, setup.tiles, grantedSamples(rendering, task),
                         outputFormat(path).name == "EXR", !task.chain.empty(),
-                        bytesBesidePixels(true, path, setup.width), session.options().memory});
+                        bytesBesidePixels(true, path, setup.width) + bytesOfInput(fileOf(task)),
+                        session.options().memory});
 }
 
 /// What is left of the memory beside the drawing goes to the processors.
@@ -137,10 +156,9 @@ std::size_t tileBytes(const RenderTask& task, const std::optional<TilePlan>& pla
 std::string jobOf(const Session& session, const RenderSession& rendering, const RenderTask& task,
                   Provenance provenance) {
     provenance.setOutput({});
-    const auto file = task.scene.object().slots().input("file");
     std::vector<const ModuleInstance*> modules = task.displays;
     modules.push_back(&task.scene);
-    return jobText(session, rendering, provenance.text(), modules, file ? file->value().text() : "");
+    return jobText(session, rendering, provenance.text(), modules, fileOf(task));
 }
 
 /// One attempt. Throws GraphicsMemoryFailure when a tile does not fit into the memory for graphics.

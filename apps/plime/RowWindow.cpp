@@ -2,7 +2,6 @@
 #include "apps/plime/RowWindow.h"
 
 #include <algorithm>
-#include <utility>
 
 namespace workbench {
 
@@ -36,8 +35,6 @@ void RowWindow::dropRowsAbove(int row) {
 }
 
 const krod::RGBAHalf* RowWindow::row(int number) const { return pixels.data() + pixelsOf(number - first); }
-
-std::vector<krod::RGBAHalf> RowWindow::take() { return std::exchange(pixels, {}); }
 
 ExtraRows RowWindow::extra(int firstRow, int count) const {
     ExtraRows rows;

@@ -19,9 +19,7 @@ public:
 
     /// Whole rows from that one on.
     [[nodiscard]] const krod::RGBAHalf* row(int number) const;
-    /// All rows at once; they are gone from here then.
-    [[nodiscard]] std::vector<krod::RGBAHalf> take();
-    /// These rows of the additional channels. take() leaves them.
+    /// These rows of the additional channels.
     [[nodiscard]] ExtraRows extra(int firstRow, int count) const;
 
 private:

@@ -3,6 +3,7 @@
 
 #include "apps/plime/Interruption.h"
 #include "apps/plime/RowWindow.h"
+#include "apps/plime/StripWriter.h"
 #include "apps/plime/TileJournal.h"
 
 #include <algorithm>
@@ -14,11 +15,12 @@ namespace workbench {
 namespace {
 
 using Pixels = std::vector<krod::RGBAHalf>;
-using Store = krod::StrongPtr<krod::Chunk<krod::RGBAHalf>>;
+using Chunk = krod::Chunk<krod::RGBAHalf>;
+using Store = krod::StrongPtr<Chunk>;
 
 /// Runs the chain over one tile.
 Store processed(const TileChain& chain, Pixels pixels, int width, int height) {
-    const Store store(new krod::Chunk<krod::RGBAHalf>(std::move(pixels)));
+    const Store store(new Chunk(std::move(pixels)));
     krod::ImageTile tile(width, height, store);
     chain.process(tile);
     return store;
@@ -28,21 +30,31 @@ Store processed(const TileChain& chain, Pixels pixels, int width, int height) {
 struct Pass {
     const TileChain& chain;
     const TilePlan& plan;
+    PictureReader& reader;
     PictureOutput& output;
-    RowWindow window;
-    int width;
     const std::function<void(double)>& done;
     TileJournal* journal;
+    int width = reader.description().width;
+    RowWindow window{reader};
+    Strip strip = {};
+    StripWriter writer{output};
 
-    /// Rows in their whole width need no copies.
+    /// Rows in their whole width need no copies, and are written while the next ones are read.
     void wholeRows(const TileSpan& rows) {
-        const Store store = processed(chain, window.take(), width, rows.length);
-        const ExtraRows extra = window.extra(rows.begin, rows.length);
-        output.write(rows.begin, rows.length, store->data(), &extra);
+        const std::size_t size = static_cast<std::size_t>(width) * static_cast<std::size_t>(rows.length);
+        if (!strip.pixels || strip.pixels->elements() != size) strip.pixels = Store(new Chunk(size));
+        strip.first = rows.begin;
+        strip.count = rows.length;
+        reader.readRows(strip.first, strip.count, strip.pixels->data(), &strip.extra);
+        krod::ImageTile tile(width, rows.length, strip.pixels);
+        chain.process(tile);
+        strip = writer.write(std::move(strip));
     }
 
-    /// A row of tiles: each is copied out of the window, and what is kept of it into the band.
+    /// A row of tiles: each is copied out of the window, and what is kept of it into the band. That is written at
+    /// once, since a second band would take as much memory again.
     void bandOfTiles(const TileSpan& rows, int index) {
+        window.moveTo(rows.seenBegin, rows.seenLength);
         Pixels band(static_cast<std::size_t>(width) * static_cast<std::size_t>(rows.length));
         for (int i = 0; i < plan.columns(); ++i) {
             throwIfInterrupted();
@@ -95,17 +107,17 @@ struct Pass {
 
 void processTiles(const TileChain& chain, const TilePlan& plan, PictureReader& reader, PictureOutput& output,
                   const std::function<void(double share)>& done, TileJournal* journal) {
-    Pass pass{chain, plan, output, RowWindow(reader), reader.description().width, done, journal};
+    Pass pass{chain, plan, reader, output, done, journal};
     for (int i = 0; i < plan.rows(); ++i) {
         throwIfInterrupted();
         const TileSpan rows = plan.row(i);
-        pass.window.moveTo(rows.seenBegin, rows.seenLength);
         if (plan.columns() == 1 && rows.length == rows.seenLength && !journal)
             pass.wholeRows(rows);
         else
             pass.bandOfTiles(rows, i);
         done(static_cast<double>(i + 1) / plan.rows());
     }
+    pass.writer.finish();
 }
 
 } // namespace workbench

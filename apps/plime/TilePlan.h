@@ -14,8 +14,8 @@ inline constexpr int LargestWholeTile = 4096;
 inline constexpr int LargestCutTile = 2048;
 /// The pixels that a tile sees around what is kept of it, unless --overlap says otherwise.
 inline constexpr int UsualOverlap = 64;
-/// Rows of a strip for chains that work without a shader.
-inline constexpr int StripRows = 256;
+/// Rows of a strip for chains that work without a shader: as many as are decoded at once.
+inline constexpr int StripRows = 64;
 
 /// What people ask of tiles.
 struct TilingWish {

@@ -105,6 +105,18 @@ TEST_F(PlimePosters, twoRuns_areTheSameBytes) {
     EXPECT_TRUE(read(at("drawn.exr")) == bytes);
 }
 
+// 2048x2048 pixels as they are read, and once more in the driver: 64 MB.
+TEST_F(PlimePosters, countWhatTheyShow_asMemory) {
+    const std::string input = picture("in.exr", gradient(2048, 2048));
+    const Words words = {"-o", at("out.exr"), "--size", "64x64", "--memory", "160M"};
+    succeed(Words{"render", "demo:knot"} + words);
+    expectFailure(4,
+                  at("out.exr") +
+                      ": needs more memory than is allowed — expected at most 160M, got 185M. Allow it "
+                      "with --memory 185M.",
+                  Words{"render", input} + words);
+}
+
 class PlimeWidePosters : public PlimePosters {
 protected:
     static constexpr int Width = 16640;

@@ -83,8 +83,8 @@ TEST_F(PlimeProcess, strips_giveTheSameAsOnePiece) {
     const std::string path = picture("in.exr", input);
     expectSameBits(processed(path, Gamma).pixels, powered(input.pixels));
     const std::string text = messagesOf(Words{"process", path, "-o", at("out.exr"), "-v"} + Gamma);
-    EXPECT_EQ(occurrences(text, "GammaCorrection....process...\n"), 4U) << text;
-    expectHas(text, "plime: Working in strips of 256 rows.\n");
+    EXPECT_EQ(occurrences(text, "GammaCorrection....process...\n"), 16U) << text;
+    expectHas(text, "plime: Working in strips of 64 rows.\n");
 }
 
 TEST_F(PlimeProcess, floatExr_isReadAsHalf_andWrittenAsAsked) {

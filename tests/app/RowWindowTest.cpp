@@ -51,17 +51,5 @@ TEST(Row_window, reads_every_row_once_while_it_slides_over_overlapping_tiles) {
     EXPECT_EQ(reader.rowsRead, 217);
 }
 
-TEST(Row_window, gives_its_rows_away_and_goes_on_behind_them) {
-    CountingReader reader(10);
-    RowWindow window(reader);
-    window.moveTo(0, 4);
-    EXPECT_EQ(window.take().size(), 8U);
-    EXPECT_EQ(window.extra(3, 1)[0].front(), std::byte{3});
-    window.moveTo(4, 6);
-    EXPECT_EQ(static_cast<float>(window.row(9)[0].r), 9);
-    EXPECT_EQ(window.take().size(), 12U);
-    EXPECT_EQ(reader.rowsRead, 10);
-}
-
 } // namespace
 } // namespace workbench

@@ -45,12 +45,12 @@ void expectCovered(const TilePlan& plan, int total, int count, int seen, bool ro
     EXPECT_EQ(next, total);
 }
 
-TEST(Tile_plan, without_a_shader_is_strips_of_256_rows) {
+TEST(Tile_plan, without_a_shader_is_strips_of_64_rows) {
     const TilePlan plan({"a.exr", 100, 600, 0, Plenty, std::nullopt}, {.side = 7, .overlap = 3});
-    EXPECT_EQ(textOf(plan), "1x3 of 100x256 with 0");
-    EXPECT_EQ(plan.row(2).begin, 512);
-    EXPECT_EQ(plan.row(2).length, 88);
-    EXPECT_EQ(plan.row(2).seenLength, 88);
+    EXPECT_EQ(textOf(plan), "1x10 of 100x64 with 0");
+    EXPECT_EQ(plan.row(9).begin, 576);
+    EXPECT_EQ(plan.row(9).length, 24);
+    EXPECT_EQ(plan.row(9).seenLength, 24);
 }
 
 TEST(Tile_plan, without_a_shader_takes_fewer_rows_where_memory_is_short) {

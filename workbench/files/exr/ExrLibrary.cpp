@@ -15,12 +15,16 @@ void prepareExrLibrary() {
     static const bool done = [] {
         Imf::Header::setMaxImageSize(LargestSide, LargestSide);
         Imf::Header::setMaxTileSize(LargestSide, LargestSide);
-        Imf::setGlobalThreadCount(static_cast<int>(std::clamp(std::thread::hardware_concurrency(), 1U, 16U)));
         return true;
     }();
     static_cast<void>(done);
 }
 
-int exrThreads() { return std::min(Imf::globalThreadCount(), MostExrThreads); }
+int exrThreadsFor(Imf::Compression compression) {
+    const auto processors = static_cast<int>(std::clamp(std::thread::hardware_concurrency(), 1U, 16U));
+    const int threads = compression == Imf::NO_COMPRESSION ? 0 : processors;
+    if (Imf::globalThreadCount() != threads) Imf::setGlobalThreadCount(threads);
+    return std::min(threads, MostExrThreads);
+}
 
 } // namespace workbench

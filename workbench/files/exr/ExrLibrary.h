@@ -2,15 +2,17 @@
 // The library behind EXR files.
 #pragma once
 
+#include <OpenEXR/ImfCompression.h>
+
 namespace workbench {
 
-/// Starts the library's threads, for reading and writing, and sets the limits that stand in for its checks of a
-/// head, which come before ours. Once for the process.
+/// Sets the limits that stand in for the library's checks of a head, which come before ours. Once for the process.
 void prepareExrLibrary();
 
 /// The most threads that work on one file: each holds two blocks of rows, so that memory grows with them.
 inline constexpr int MostExrThreads = 4;
-/// How many there are. After prepareExrLibrary().
-[[nodiscard]] int exrThreads();
+/// Prepares the library's threads, which all files of the process share, for that compression, and gives how many
+/// work on a file: none where rows are only copied, since handing them over takes longer.
+[[nodiscard]] int exrThreadsFor(Imf::Compression compression);
 
 } // namespace workbench

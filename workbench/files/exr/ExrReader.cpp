@@ -72,7 +72,9 @@ bool hasExrMagic(const std::filesystem::path& path) {
 ExrReader::ExrReader(const std::filesystem::path& path) : PictureReader(path) {
     prepareExrLibrary();
     try {
-        input = std::make_unique<Imf::MultiPartInputFile>(path.c_str(), exrThreads());
+        input = std::make_unique<Imf::MultiPartInputFile>(path.c_str(), 0);
+        if (const int threads = exrThreadsFor(input->header(0).compression()); threads > 0)
+            input = std::make_unique<Imf::MultiPartInputFile>(path.c_str(), threads);
         openPart();
     } catch (const Failure&) {
         throw;

@@ -35,10 +35,12 @@ ExrWriter::ExrWriter(const std::filesystem::path& path, const PictureDescription
     if (options.tileSide > 0 && !about.extraChannels.empty())
         throw std::logic_error("additional channels are stored in scan lines only");
     guarded([&] {
+        const Imf::Header head = header(options);
+        const int threads = exrThreadsFor(head.compression());
         if (options.tileSide > 0)
-            tiles = std::make_unique<Imf::TiledOutputFile>(stream, header(options), exrThreads());
+            tiles = std::make_unique<Imf::TiledOutputFile>(stream, head, threads);
         else
-            output = std::make_unique<Imf::OutputFile>(stream, header(options), exrThreads());
+            output = std::make_unique<Imf::OutputFile>(stream, head, threads);
     });
 }
 
