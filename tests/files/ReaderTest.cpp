@@ -72,6 +72,19 @@ TEST_F(ReaderTest, Description_isTheSame) {
     }
 }
 
+TEST_F(ReaderTest, Pictures_readInThisProcess_holdWhatWasWritten) {
+    const auto path = noise("a.exr", 40, 100, true);
+    Picture written = gradient(40, 100), read = written;
+    for (const char* const name : {"b.exr", "b.tif"}) {
+        writePicture(folder / name, written, {.depth = PixelDepth::Half});
+        openPictureHere(folder / name)->readRows(0, 100, read.pixels.data());
+        EXPECT_TRUE(same(read.pixels, written.pixels)) << name;
+    }
+    const auto reader = openPictureHere(path);
+    for (int row = 0; row < 100; row += 20) reader->readRows(row, 20, read.pixels.data(), &read.extra);
+    EXPECT_EQ(read.extra.size(), 3U);
+}
+
 TEST_F(ReaderTest, Rows_inAnyOrder_areTheSame) {
     for (const auto& path : {noise("a.exr", 300, 1000, true), noise("b.png", 300, 1000, false),
                              noise("c.tif", 300, 1000, false)}) {
