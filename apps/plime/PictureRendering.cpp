@@ -59,7 +59,7 @@ std::string fileOf(const RenderTask& task) {
 /// cut alike.
 std::uint64_t bytesOfInput(const std::string& file) {
     if (file.empty()) return 0;
-    if (classifyInput(file) != InputKind::Picture) return 4 * std::filesystem::file_size(file);
+    if (classifyInput(file) != InputKind::Picture) return 6 * std::filesystem::file_size(file);
     const PictureDescription picture = PictureReader::open(file)->description();
     return 2 * sizeof(krod::RGBAHalf) * static_cast<std::uint64_t>(picture.width) *
            static_cast<std::uint64_t>(picture.height);
