@@ -215,13 +215,7 @@ private:
         return made;
     }
 
-    static constexpr const char* Names[] = {"a",
-                                            "Gr\xc3\xbc\xc3\x9f"
-                                            "e ",
-                                            "%n%s",
-                                            "a/b ",
-                                            "\"\\",
-                                            "@"};
+    static constexpr const char* Names[] = {"a", "Stra\xc3\x9f\x65 ", "%n%s", "a/b ", "\"\\", "@"};
     static constexpr const char* Pieces[] = {"{",  "}", "\"",          "\\",       "\n", "\r", "\t",
                                              "\f", " ", "void main()", "\xc3\xa9", "%n", "@"};
     std::mt19937 random;

@@ -16,14 +16,14 @@ protected:
     std::filesystem::path noise(const std::string& name, int width, int height, bool withExtra) const {
         Picture picture = gradient(width, height);
         unsigned state = 7;
-        const auto random = [&] { return static_cast<float>((state = state * 1664525U + 1013904223U) >> 8); };
-        for (auto& pixel : picture.pixels) pixel.g = half_float::half(random() / 1000);
+        const auto random = [&] { return (state = state * 1664525U + 1013904223U) >> 8; };
+        for (auto& pixel : picture.pixels) pixel.g = half_float::half(static_cast<float>(random()) / 1000);
         const auto values = picture.pixels.size();
         if (withExtra)
             for (const ExtraType type : {ExtraType::Half, ExtraType::Float, ExtraType::UInt}) {
                 const ExtraChannel channel{"x" + std::to_string(static_cast<int>(type)), type};
                 picture.extra.emplace_back(values * channel.bytesPerValue());
-                for (std::byte& byte : picture.extra.back()) byte = static_cast<std::byte>(random());
+                for (std::byte& byte : picture.extra.back()) byte = static_cast<std::byte>(random() & 0xFFU);
                 picture.description.extraChannels.push_back(channel);
             }
         writePicture(folder / name, picture);
