@@ -29,7 +29,8 @@ protected:
         return drawn(displays + Words{"--size", "500x500"});
     }
     [[nodiscard]] Picture tiled(const Words& displays, const std::string& overlap = "16") const {
-        return drawn(displays + Words{"--size", "500x500", "--tile", "200", "--overlap", overlap});
+        return drawn(displays +
+                     Words{"--size", "500x500", "--tile", std::to_string(Tile), "--overlap", overlap});
     }
 };
 

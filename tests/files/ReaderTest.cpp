@@ -32,7 +32,8 @@ protected:
 };
 
 bool same(const std::vector<krod::RGBAHalf>& a, const std::vector<krod::RGBAHalf>& b) {
-    return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof a[0]) == 0;
+    return a.size() == b.size() &&
+           (a.empty() || std::memcmp(a.data(), b.data(), a.size() * sizeof a[0]) == 0);
 }
 
 /// Reads the same rows through both readers.
