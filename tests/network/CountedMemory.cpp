@@ -11,7 +11,7 @@ namespace {
 
 std::size_t now = 0, most = 0; // the tests of this program have one thread
 
-void* counted(std::size_t size) {
+[[maybe_unused]] void* counted(std::size_t size) {
     void* const memory = std::malloc(size);
     if (!memory) throw std::bad_alloc();
     now += malloc_usable_size(memory);
@@ -19,19 +19,21 @@ void* counted(std::size_t size) {
     return memory;
 }
 
-void uncounted(void* memory) noexcept {
+[[maybe_unused]] void uncounted(void* memory) noexcept {
     if (memory) now -= malloc_usable_size(memory);
     std::free(memory);
 }
 
 } // namespace
 
+#if !defined(__SANITIZE_THREAD__) // whose library has them itself
 void* operator new(std::size_t size) { return counted(size); }
 void* operator new[](std::size_t size) { return counted(size); }
 void operator delete(void* memory) noexcept { uncounted(memory); }
 void operator delete[](void* memory) noexcept { uncounted(memory); }
 void operator delete(void* memory, std::size_t /*size*/) noexcept { uncounted(memory); }
 void operator delete[](void* memory, std::size_t /*size*/) noexcept { uncounted(memory); }
+#endif
 
 namespace workbench {
 

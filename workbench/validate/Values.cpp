@@ -39,7 +39,10 @@ Value drawn(const krod::VParameter& parameter, Trial& trial) {
         return makeValue(trial.drawBetween(limitOf(parameter, "min", *value - Reach),
                                            limitOf(parameter, "max", *value + Reach)));
     if (valueOf<bool>(initial)) return makeValue(trial.draw(2) == 1);
-    if (valueOf<Pair>(initial)) return makeValue(Pair(trial.drawBetween(0, 1), trial.drawBetween(0, 1)));
+    if (valueOf<Pair>(initial)) { // not as two arguments, whose order is the compiler's
+        const double second = trial.drawBetween(0, 1), first = trial.drawBetween(0, 1);
+        return makeValue(Pair(first, second));
+    }
     if (const FlagList* flags = valueOf<FlagList>(initial)) {
         std::string text;
         for (const FlagList::Flag& flag : flags->flags())
