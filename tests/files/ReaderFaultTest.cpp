@@ -191,6 +191,7 @@ TEST_F(ReaderFaultTest, Rows_afterAnOrderlyFailure_areReadAllTheSame) {
 TEST_F(ReaderFaultTest, Program_thatIsKilled_isStartedAgain) {
     const auto reader = PictureReader::open(file("good"));
     for (const fs::path& process : readers()) ::kill(std::stoi(process.filename()), SIGKILL);
+    EXPECT_EQ(readersLeft(0), 0U);
     krod::RGBAHalf row[100];
     expectHas(sentenceOf(Fault::Input, [&] { reader->readRows(0, 1, row); }),
               "got a reading process that ended without a word" + Damaged);
