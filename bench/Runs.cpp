@@ -4,6 +4,7 @@
 #include "ProcessTree.h"
 
 #include <fcntl.h>
+#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -31,20 +32,38 @@ double secondsOf(const timeval& time) {
     _exit(127);
 }
 
-/// The counters of a process that has ended and is not reaped yet.
-void readCounters(pid_t child, Run& run) {
+/// Adds the counters of a process that has ended and is not reaped yet.
+void addCounters(pid_t child, Run& run) {
     std::ifstream counters("/proc/" + std::to_string(child) + "/io");
     std::string name;
     for (std::uint64_t value = 0; counters >> name >> value;) {
-        if (name == "rchar:") run.read = value;
-        if (name == "wchar:") run.written = value;
+        if (name == "rchar:") run.read += value;
+        if (name == "wchar:") run.written += value;
     }
+}
+
+/// Reaps a process that has ended, and gives its status.
+int reap(pid_t child, Run& run) {
+    addCounters(child, run);
+    int status = 0;
+    rusage usage{};
+    wait4(child, &status, 0, &usage);
+    run.processorSeconds += secondsOf(usage.ru_utime) + secondsOf(usage.ru_stime);
+    run.peakMegabytes = std::max(run.peakMegabytes, static_cast<double>(usage.ru_maxrss) / 1024);
+    return status;
+}
+
+/// The processes that the program has left behind: they become children of this one.
+void reapOthers(Run& run) {
+    siginfo_t info{};
+    while (waitid(P_ALL, 0, &info, WEXITED | WNOWAIT) == 0) reap(info.si_pid, run);
 }
 
 } // namespace
 
 Run run(const std::vector<std::string>& words, Watch watch) {
     Run done;
+    prctl(PR_SET_CHILD_SUBREAPER, 1);
     const auto start = Clock::now();
     const pid_t child = fork();
     if (child < 0) throw std::runtime_error("no process can be made");
@@ -54,13 +73,10 @@ Run run(const std::vector<std::string>& words, Watch watch) {
     siginfo_t info{};
     waitid(P_PID, static_cast<id_t>(child), &info, WEXITED | WNOWAIT);
     done.seconds = std::chrono::duration<double>(Clock::now() - start).count();
-    readCounters(child, done);
-    int status = 0;
-    rusage usage{};
-    wait4(child, &status, 0, &usage);
+    const int status = reap(child, done);
     done.code = WIFEXITED(status) ? WEXITSTATUS(status) : 128;
-    done.processorSeconds = secondsOf(usage.ru_utime) + secondsOf(usage.ru_stime);
-    done.peakMegabytes = std::max(static_cast<double>(usage.ru_maxrss) / 1024, treeMegabytes);
+    reapOthers(done);
+    done.peakMegabytes = std::max(done.peakMegabytes, treeMegabytes);
     return done;
 }
 

@@ -12,7 +12,7 @@ namespace bench {
 struct Run {
     int code = 0; ///< exit status; 127 when there is no such program
     double seconds = 0;
-    double processorSeconds = 0;         ///< of all its threads and of the processes it waited for
+    double processorSeconds = 0;         ///< of it and all processes it began
     double peakMegabytes = 0;            ///< largest memory of it and all processes it began, at one moment
     std::uint64_t read = 0, written = 0; ///< bytes, through system calls; 0 where the system does not tell
 
@@ -23,7 +23,8 @@ struct Run {
 /// whose time does not count; without it, peakMegabytes is that of the program alone.
 enum class Watch { Time, Memory };
 
-/// Runs a program of the search path to its end; its standard output goes nowhere.
+/// Runs a program of the search path to its end, and waits for all that it began; its standard output goes nowhere.
+/// This process may have no other child.
 [[nodiscard]] Run run(const std::vector<std::string>& words, Watch watch = Watch::Time);
 
 /// Runs `plime process` from one picture to another through modules. Throws std::runtime_error when that fails.
