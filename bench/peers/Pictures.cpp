@@ -9,6 +9,7 @@
 
 #include <cmath>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <limits>
 
@@ -27,10 +28,11 @@ struct Tool {
     std::string label;
     Words words;
     std::string output;
-    bool writesTheSame = true; ///< kind of file as plime does
+    std::string otherKind = {}; ///< of file than plime writes; empty: the same
     double megabytes = 0, firstSeconds = 0;
     std::vector<double> seconds = {}, ratios = {}, processor = {};
 
+    [[nodiscard]] bool writesTheSame() const { return otherKind.empty(); }
     [[nodiscard]] bool isPlime() const { return label == "plime"; }
     [[nodiscard]] double time() const { return seconds.empty() ? firstSeconds : median(seconds); }
 };
@@ -50,6 +52,8 @@ std::vector<Tool> toolsFor(const PictureFormat& format, const Folder& folder) {
           format.isExr ? format.magickCompression : "Zip", out("magick")},
          out("magick")},
         {"G'MIC", {"gmic", "-v", "0", "-i", input, "-sh", "0,2"}, out("gmic")}};
+    if (format.isExr && std::strcmp(format.magickCompression, "Piz") != 0)
+        tools.back().otherKind = "PIZ, as always";
     // G'MIC takes the values of PNG as they are, up to 65535.
     Words& gmic = tools.back().words;
     if (!format.isExr) gmic.insert(gmic.end(), {"-div[-1]", "65535"});
@@ -61,7 +65,7 @@ std::vector<Tool> toolsFor(const PictureFormat& format, const Folder& folder) {
     tools.push_back({"vips",
                      {"vips", "gamma", input, floats, "--exponent", "0.6666666666666666"},
                      floats,
-                     !format.isExr});
+                     format.isExr ? "single precision, own format" : ""});
     return tools;
 }
 
@@ -83,7 +87,7 @@ void runFirst(std::vector<Tool>& tools) {
         tool.megabytes = done.peakMegabytes;
         tool.firstSeconds = done.seconds;
         tool.processor = {done.processorSeconds};
-        if (!done.isDone() || !tool.writesTheSame) return !done.isDone();
+        if (!done.isDone() || tool.output.ends_with(".v")) return !done.isDone(); // which plime cannot read
         const double its = meanShade(tool.output);
         if (tool.isPlime()) shade = its;
         const bool isOther = std::abs(its - shade) > Tolerance;
@@ -95,7 +99,7 @@ void runFirst(std::vector<Tool>& tools) {
 double fastestPeer(const std::vector<Tool>& tools) {
     double least = std::numeric_limits<double>::infinity();
     for (const Tool& tool : tools)
-        if (!tool.isPlime() && tool.writesTheSame) least = std::min(least, tool.time());
+        if (!tool.isPlime() && tool.writesTheSame()) least = std::min(least, tool.time());
     return least;
 }
 
@@ -104,7 +108,7 @@ void runRounds(std::vector<Tool>& tools) {
     for (int round = 0; round < Rounds; ++round) {
         double ours = 0;
         const auto measure = [&](Tool& tool) {
-            if (!tool.isPlime() && (tool.firstSeconds > limit || !tool.writesTheSame)) return;
+            if (!tool.isPlime() && (tool.firstSeconds > limit || !tool.writesTheSame())) return;
             const Run done = runAnew(tool, Watch::Time);
             tool.seconds.push_back(done.seconds);
             tool.processor.push_back(done.processorSeconds);
@@ -123,7 +127,7 @@ void runRounds(std::vector<Tool>& tools) {
 void printRow(const Tool& tool) {
     const std::string ratio = tool.isPlime() ? "" : tool.ratios.empty() ? "one run" : spread(tool.ratios);
     row({tool.label, fixed(tool.time(), 2) + " s", fixed(median(tool.processor), 2) + " s",
-         fixed(tool.megabytes, 0) + " MB", ratio, tool.writesTheSame ? "" : "single precision, own format"});
+         fixed(tool.megabytes, 0) + " MB", ratio, tool.otherKind});
 }
 
 void judge(const std::string& what, const std::vector<Tool>& tools) {
@@ -135,7 +139,7 @@ void judge(const std::string& what, const std::vector<Tool>& tools) {
             continue;
         }
         leanest = std::min(leanest, tool.megabytes);
-        if (tool.writesTheSame && (!fastest || tool.time() < fastest->time())) fastest = &tool;
+        if (tool.writesTheSame() && (!fastest || tool.time() < fastest->time())) fastest = &tool;
     }
     if (!fastest) return;
     wanted(what + ": time against the fastest other tool (" + fastest->label + ")",

@@ -14,6 +14,8 @@ namespace workbench {
 namespace {
 
 constexpr int StepRows = 64;
+/// Of zlib: against its usual 6 it takes less than half the time, and pictures with grain become 1 to 5 % larger.
+constexpr int PngLevel = 4;
 
 ValueRange rangeOf(const PictureFormat& format, PixelDepth depth) {
     if (depth == PixelDepth::UInt8 || depth == PixelDepth::UInt16) return ValueRange::Unit;
@@ -77,6 +79,7 @@ OIIO::ImageSpec OiioWriter::imageSpec(const WriteOptions& options) {
         spec.channelnames = {"Y", "A"};
         spec.alpha_channel = 1;
     }
+    if (format.name == "PNG") spec.attribute("png:compressionLevel", PngLevel);
     enterMetadata(about.metadata, format, spec, droppedNames);
     spec.x = about.dataX;
     spec.y = about.dataY;
