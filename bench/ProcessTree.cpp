@@ -9,7 +9,6 @@
 #include <fstream>
 #include <string>
 #include <thread>
-#include <vector>
 
 namespace bench {
 namespace {
@@ -20,16 +19,11 @@ constexpr auto Pause = 2ms; ///< between two looks
 
 std::string place(pid_t process) { return "/proc/" + std::to_string(process); }
 
-/// The process and all below it. Each thread has a list of the children that it began.
+/// The process and all below it.
 std::vector<pid_t> treeOf(pid_t root) {
     std::vector<pid_t> tree{root};
-    for (std::size_t i = 0; i < tree.size(); ++i) {
-        std::error_code ended;
-        for (const auto& thread : std::filesystem::directory_iterator(place(tree[i]) + "/task", ended)) {
-            std::ifstream children(thread.path() / "children");
-            for (pid_t child = 0; children >> child;) tree.push_back(child);
-        }
-    }
+    for (std::size_t i = 0; i < tree.size(); ++i)
+        for (const pid_t child : childrenOf(tree[i])) tree.push_back(child);
     return tree;
 }
 
@@ -50,6 +44,16 @@ bool hasEnded(pid_t child) {
 }
 
 } // namespace
+
+std::vector<pid_t> childrenOf(pid_t process) {
+    std::vector<pid_t> all;
+    std::error_code ended;
+    for (const auto& thread : std::filesystem::directory_iterator(place(process) + "/task", ended)) {
+        std::ifstream children(thread.path() / "children");
+        for (pid_t child = 0; children >> child;) all.push_back(child);
+    }
+    return all;
+}
 
 double peakOfTree(pid_t child) {
     double peak = 0;

@@ -53,10 +53,18 @@ int reap(pid_t child, Run& run) {
     return status;
 }
 
-/// The processes that the program has left behind: they become children of this one.
-void reapOthers(Run& run) {
-    siginfo_t info{};
-    while (waitid(P_ALL, 0, &info, WEXITED | WNOWAIT) == 0) reap(info.si_pid, run);
+/// Waits for the processes that the program has left behind: they became children of this one, which may have had others
+/// before.
+void reapOthers(const std::vector<pid_t>& before, Run& run) {
+    const auto isLeft = [&](pid_t child) { return std::ranges::find(before, child) == before.end(); };
+    for (;;) {
+        const std::vector<pid_t> all = childrenOf(getpid());
+        const auto left = std::ranges::find_if(all, isLeft);
+        if (left == all.end()) return;
+        siginfo_t info{};
+        waitid(P_PID, static_cast<id_t>(*left), &info, WEXITED | WNOWAIT);
+        reap(*left, run);
+    }
 }
 
 } // namespace
@@ -64,6 +72,7 @@ void reapOthers(Run& run) {
 Run run(const std::vector<std::string>& words, Watch watch) {
     Run done;
     prctl(PR_SET_CHILD_SUBREAPER, 1);
+    const std::vector<pid_t> before = childrenOf(getpid());
     const auto start = Clock::now();
     const pid_t child = fork();
     if (child < 0) throw std::runtime_error("no process can be made");
@@ -75,7 +84,7 @@ Run run(const std::vector<std::string>& words, Watch watch) {
     done.seconds = std::chrono::duration<double>(Clock::now() - start).count();
     const int status = reap(child, done);
     done.code = WIFEXITED(status) ? WEXITSTATUS(status) : 128;
-    reapOthers(done);
+    reapOthers(before, done);
     done.peakMegabytes = std::max(done.peakMegabytes, treeMegabytes);
     return done;
 }

@@ -24,7 +24,6 @@ struct Run {
 enum class Watch { Time, Memory };
 
 /// Runs a program of the search path to its end, and waits for all that it began; its standard output goes nowhere.
-/// This process may have no other child.
 [[nodiscard]] Run run(const std::vector<std::string>& words, Watch watch = Watch::Time);
 
 /// Runs `plime process` from one picture to another through modules. Throws std::runtime_error when that fails.
