@@ -25,7 +25,7 @@ std::uint32_t number(std::string_view bytes, std::size_t at, std::size_t size, b
     return value;
 }
 
-/// The first chunk is the head: W3C PNG specification, 11.2.1.
+/// The first chunk is the head: W3C, Portable Network Graphics, 11.2.1.
 std::optional<DeclaredSize> pngSize(std::string_view start) {
     if (start.size() < 24 || start.substr(12, 4) != "IHDR") return std::nullopt;
     return DeclaredSize{number(start, 16, 4, true), number(start, 20, 4, true)};
