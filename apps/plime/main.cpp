@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // plime: image post-processing modules on the command line.
-#include "apps/plime/Help.h"
-#include "apps/plime/Interruption.h"
-#include "apps/plime/MemoryUse.h"
-#include "apps/plime/PluginSetup.h"
-#include "apps/plime/Session.h"
+#include "apps/plime/commandline/Help.h"
+#include "apps/plime/commandline/Session.h"
+#include "apps/plime/commands/Commands.h"
+#include "apps/plime/modules/PluginSetup.h"
+#include "apps/plime/pictures/MemoryUse.h"
+#include "apps/plime/terminal/Interruption.h"
 #include "workbench/core/ActionListener.h"
 #include "workbench/core/Trace.h"
 #include "workbench/files/OutputFile.h"

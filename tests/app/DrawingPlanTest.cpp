@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "apps/plime/DrawingPlan.h"
+#include "apps/plime/pictures/DrawingPlan.h"
 
-#include "apps/plime/FreeSpace.h"
-#include "apps/plime/MemoryUse.h"
+#include "apps/plime/pictures/FreeSpace.h"
+#include "apps/plime/pictures/MemoryUse.h"
 #include "tests/app/FakeModules.h"
 
 #include <gtest/gtest.h>

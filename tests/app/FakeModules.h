@@ -2,7 +2,7 @@
 // Creators and modules made up for tests.
 #pragma once
 
-#include "apps/plime/Catalogue.h"
+#include "apps/plime/modules/Catalogue.h"
 #include "host/core/VCreatorBase.h"
 
 #include <string>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "apps/plime/Html.h"
+#include "apps/plime/terminal/Html.h"
 
 #include <gtest/gtest.h>
 

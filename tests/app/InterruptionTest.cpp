@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "apps/plime/Interruption.h"
+#include "apps/plime/terminal/Interruption.h"
 
 #include "workbench/report/Failure.h"
 

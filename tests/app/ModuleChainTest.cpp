@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "apps/plime/ModuleChain.h"
+#include "apps/plime/modules/ModuleChain.h"
 
 #include "tests/app/FakeModules.h"
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "apps/plime/ModuleInstance.h"
+#include "apps/plime/modules/ModuleInstance.h"
 
 #include "tests/app/FakeModules.h"
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Networks of the plug-ins' own modules.
-#include "apps/plime/NetworkModules.h"
+#include "apps/plime/modules/NetworkModules.h"
 
-#include "apps/plime/Provenance.h"
+#include "apps/plime/modules/Provenance.h"
 #include "tests/app/ShippedModules.h"
 #include "workbench/network/NetworkFile.h"
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // The modules as they ship, through the host: connected, shared, set by code, saved and loaded.
-#include "apps/plime/NetworkModules.h"
+#include "apps/plime/modules/NetworkModules.h"
 
-#include "apps/plime/Provenance.h"
+#include "apps/plime/modules/Provenance.h"
 #include "tests/app/ShippedModules.h"
 #include "tests/unit/TestModules.h"
 #include "workbench/core/ObjectRegistry.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "apps/plime/Numbers.h"
+#include "apps/plime/terminal/Numbers.h"
 
 #include "tests/app/FakeModules.h"
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "apps/plime/Options.h"
+#include "apps/plime/commandline/Options.h"
 
 #include "tests/app/FakeModules.h"
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "apps/plime/OutputPattern.h"
+#include "apps/plime/pictures/OutputPattern.h"
 
 #include "tests/app/FakeModules.h"
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "apps/plime/PluginSetup.h"
+#include "apps/plime/modules/PluginSetup.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "apps/plime/Report.h"
+#include "apps/plime/terminal/Report.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "apps/plime/RowWindow.h"
+#include "apps/plime/pictures/RowWindow.h"
 
-#include "apps/plime/TilePlan.h"
+#include "apps/plime/pictures/TilePlan.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/app/ShippedModules.h"
 
-#include "apps/plime/PluginSetup.h"
+#include "apps/plime/modules/PluginSetup.h"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 // The plug-ins as they ship, loaded for the tests of one program.
 #pragma once
 
-#include "apps/plime/Catalogue.h"
+#include "apps/plime/modules/Catalogue.h"
 
 namespace workbench {
 

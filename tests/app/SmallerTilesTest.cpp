@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "apps/plime/SmallerTiles.h"
+#include "apps/plime/pictures/SmallerTiles.h"
 
 #include "workbench/gl/RenderTarget.h"
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "apps/plime/StripWriter.h"
+#include "apps/plime/pictures/StripWriter.h"
 
 #include "tests/files/FilesTest.h"
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "apps/plime/Suggest.h"
+#include "apps/plime/terminal/Suggest.h"
 
 #include <gtest/gtest.h>
 

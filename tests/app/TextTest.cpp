@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "apps/plime/Text.h"
+#include "apps/plime/terminal/Text.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "apps/plime/TileJournal.h"
+#include "apps/plime/pictures/TileJournal.h"
 
-#include "apps/plime/FileStamp.h"
+#include "apps/plime/pictures/FileStamp.h"
 #include "tests/files/FilesTest.h"
 
 #include <algorithm>

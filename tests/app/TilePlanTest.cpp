@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "apps/plime/TilePlan.h"
+#include "apps/plime/pictures/TilePlan.h"
 
 #include "tests/app/FakeModules.h"
 

@@ -4,9 +4,10 @@
 // 'h' as first byte of the journal leaves the head out. 'c': words with line ends between them.
 #include "Target.h"
 
-#include "apps/plime/Options.h"
-#include "apps/plime/Text.h"
-#include "apps/plime/TileJournal.h"
+#include "apps/plime/commandline/Options.h"
+#include "apps/plime/commands/Commands.h"
+#include "apps/plime/pictures/TileJournal.h"
+#include "apps/plime/terminal/Text.h"
 #include "workbench/report/Failure.h"
 
 #include <algorithm>

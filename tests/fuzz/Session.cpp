@@ -3,9 +3,9 @@
 // operation is one byte and as many more as it needs; at the end nothing may be alive.
 #include "Target.h"
 
-#include "apps/plime/Catalogue.h"
-#include "apps/plime/NetworkModules.h"
-#include "apps/plime/Provenance.h"
+#include "apps/plime/modules/Catalogue.h"
+#include "apps/plime/modules/NetworkModules.h"
+#include "apps/plime/modules/Provenance.h"
 #include "workbench/core/CreatorRegistry.h"
 #include "workbench/core/ObjectRegistry.h"
 #include "workbench/gl/ShaderCapture.h"

@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: Apache-2.0
+// From where a scene is seen: --size, --camera, --up, --background.
+#pragma once
+
+#include "apps/plime/commandline/Command.h"
+#include "workbench/gl/SceneRenderer.h"
+#include "workbench/network/Network.h"
+
+#include <optional>
+#include <string>
+
+namespace workbench {
+
+/// The sides of the tiles in which scenes are drawn, in pixels.
+inline constexpr int SmallestDrawnTile = 16, LargestDrawnTile = 16384;
+/// The largest --overlap.
+inline constexpr int LargestOverlap = 4096;
+
+/// The words of the command line, and what they mean.
+struct ViewOptions {
+    std::optional<std::string> size, camera, up, background, tile, overlap;
+    /// The view of a saved network, which decides where nothing is typed; its tiles are square.
+    std::optional<NetworkView> saved;
+
+    /// Adds the options to a command's syntax.
+    void addTo(Syntax& syntax);
+    /// 1280x720 and the camera fitted to the bounds, unless asked or saved otherwise. Throws Failure(Usage) that
+    /// names the option.
+    [[nodiscard]] FrameSetup frameOf(const krod::BoundingSphere& bounds) const;
+};
+
+/// A saved camera with the planes that the bounds need. Throws Failure(Usage) as Camera::between.
+[[nodiscard]] Camera cameraOf(const NetworkView::Camera& saved, const krod::BoundingSphere& bounds);
+
+} // namespace workbench

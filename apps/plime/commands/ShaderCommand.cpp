@@ -1,0 +1,99 @@
+// SPDX-License-Identifier: Apache-2.0
+// plime shader: which text does a module hand to the driver?
+#include "apps/plime/commandline/Session.h"
+#include "apps/plime/commands/Commands.h"
+#include "apps/plime/modules/ModuleInstance.h"
+#include "apps/plime/modules/TileChain.h"
+#include "workbench/gl/ShaderCapture.h"
+#include "workbench/gl/dialect/Shims.h"
+
+#include "host/gl/GLImageTileProcessor.h"
+#include "host/gl/MSDeferredObjectDisplay.h"
+
+namespace workbench {
+namespace {
+
+constexpr std::string_view Help = R"(Usage: plime shader KEY[@SOURCE] [-p NAME=VALUE]… [--unset NAME]…
+                    [--unchecked] [--as-compiled]
+
+Writes the fragment shader text that a module hands to the host, byte for byte,
+with nothing added: of a display in one draw, of a tile processor after one
+update. No OpenGL is needed.
+
+  -p NAME=VALUE   sets a parameter; code=@FILE reads the value from a file
+  --unset NAME    makes a parameter unreadable: the module falls back
+  --unchecked     accepts values outside of their limits
+  --as-compiled   shows the text as this host gives it to the driver, with the
+                  shims that some drivers need
+
+Examples:
+  plime shader Display/CMYK
+  plime shader Hollywood/ColorGammaCorrection -p red=-1
+  plime shader Hollywood/TileProgram --as-compiled
+)";
+
+std::string textOfDisplay(const ModuleInstance& module, krod::MSDeferredObjectDisplay& display,
+                          const krod::VValuePool& pool) {
+    std::vector<ProgramTexts> programs;
+    inTheNameOf(module, [&] { programs = captureShader(display, pool); });
+    if (programs.empty())
+        throw Failure(Fault::Partial,
+                      {module.entry().key, "made no shader program in its draw", "", "", "", {}});
+    return programs.front().fragmentText;
+}
+
+std::string textOfTile(const ModuleInstance& module, const krod::VValuePool& pool) {
+    if (!TileStep::fits(module))
+        throw Failure(Fault::Partial, {module.entry().key,
+                                       "has no shader: it is neither a display nor a tile processor",
+                                       "",
+                                       "",
+                                       "",
+                                       {}});
+    const TileStep step(module);
+    step.update(pool);
+    const auto processor = step.processor();
+    if (const auto* shader = dynamic_cast<const krod::GLImageTileProcessor*>(processor.get()))
+        return shader->shaderCode();
+    throw Failure(Fault::Partial,
+                  {module.entry().key, "has no shader: it works on the pixels directly", "", "", "", {}});
+}
+
+class ShaderCommand : public Command {
+public:
+    [[nodiscard]] std::string_view name() const noexcept override { return "shader"; }
+    [[nodiscard]] std::string_view purpose() const noexcept override {
+        return "show the shader text that a module composes";
+    }
+    [[nodiscard]] std::string_view help() const noexcept override { return Help; }
+    [[nodiscard]] Syntax syntax() override {
+        return {{{"--as-compiled", &asCompiled}}, {{"KEY[@SOURCE]", &key}}, &modules, {.own = true}};
+    }
+
+    int run(Session& session) override {
+        const Limits limits = modules.unchecked ? Limits::Unchecked : Limits::Checked;
+        const ModuleInstance module(session.catalogue().one(key), modules.own, limits);
+        krod::VValuePool pool;
+        module.hideUnset(pool);
+        std::string text;
+        if (auto* display = dynamic_cast<krod::MSDeferredObjectDisplay*>(&module.object()))
+            text = textOfDisplay(module, *display, pool);
+        else
+            text = textOfTile(module, pool);
+        session.noteShaderFiles();
+        if (asCompiled) text = adaptText(text, ShaderStage::Fragment, session.options().strictGlsl).joined();
+        session.streams().write(text);
+        return 0;
+    }
+
+private:
+    std::string key;
+    ModuleChain modules;
+    bool asCompiled = false;
+};
+
+} // namespace
+
+std::unique_ptr<Command> makeShaderCommand() { return std::make_unique<ShaderCommand>(); }
+
+} // namespace workbench

@@ -1,0 +1,109 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "apps/plime/modules/Provenance.h"
+
+#include "apps/plime/terminal/Text.h"
+#include "workbench/files/OutputFile.h"
+#include "workbench/network/NetworkFile.h"
+#include "workbench/report/Failure.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+
+namespace workbench {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::array<double, 3> numbers(const glm::dvec3& p) { return {p.x, p.y, p.z}; }
+
+/// The double with the fewest digits that is this float again: 0.3, not 0.30000001192092896.
+double shortest(float value) {
+    std::array<char, 64> digits{};
+    const auto written = std::to_chars(digits.data(), digits.data() + digits.size(), value);
+    double result = 0;
+    std::from_chars(digits.data(), written.ptr, result);
+    return result;
+}
+
+/// A key's last part in lower case, without the characters that names must not have.
+std::string baseName(const std::string& key) {
+    std::string name = lowerCase(key.substr(key.rfind('/') + 1));
+    std::ranges::replace_if(
+        name, [](char c) { return c == '.' || c == '=' || (c >= 0 && c < ' '); }, '_');
+    return name.empty() ? "object" : name;
+}
+
+/// What leads from a folder to a file that was typed as a path from the current folder. Absolute paths stay.
+std::string pathFrom(const fs::path& folder, const std::string& typed) {
+    const fs::path path = typed;
+    const fs::path from = fs::weakly_canonical(folder);
+    if (path.is_absolute() || from == fs::weakly_canonical(fs::current_path())) return typed;
+    const fs::path real = fs::weakly_canonical(fs::absolute(path).parent_path()) / path.filename();
+    return real.lexically_relative(from).string();
+}
+
+} // namespace
+
+NetworkObject describe(const std::string& name, const ModuleInstance& module, const std::string& input) {
+    const CatalogueEntry& entry = module.entry();
+    NetworkObject object{name, entry.key, entry.source.value_or(""), input, {}, {}, {}};
+    for (const auto& slot : module.object().slots().inputs()) {
+        if ((slot.parameter->state() & krod::VParameter::ValueSet) != 0)
+            object.parameters.push_back({slot.name, slot.parameter->value().text(), {}});
+        if (module.isUnset(slot.name)) object.unset.push_back(slot.name);
+    }
+    return object;
+}
+
+Provenance::Provenance() { made.views.emplace_back().name = "main"; }
+
+std::string Provenance::add(const ModuleInstance& module, const std::string& input) {
+    const std::string base = baseName(module.entry().key);
+    std::string name = base;
+    for (int number = 2; made.object(name); ++number) name = base + std::to_string(number);
+    made.objects.push_back(describe(name, module, input));
+    return name;
+}
+
+void Provenance::setFrame(const FrameSetup& setup) {
+    const Camera& camera = setup.camera;
+    view().size = {setup.width, setup.height};
+    view().camera = {numbers(camera.eye), numbers(camera.target), numbers(camera.up), camera.fieldOfView};
+    std::array<double, 4> background{};
+    std::ranges::transform(setup.background, background.begin(), shortest);
+    view().background = background;
+    const auto isCut = [&](const TileWish& tiles) {
+        return planTiles(setup.width, setup.height, tiles).size() > 1;
+    };
+    view().tiles.reset();
+    view().processorTiles.reset();
+    if (isCut(setup.tiles) || isCut({}))
+        view().tiles = {setup.tiles.size, setup.tiles.size, setup.tiles.overlap};
+}
+
+std::string Provenance::text() const {
+    Network named = made;
+    changePaths(named, [](const std::string& path) { return fs::path(path).filename().string(); });
+    return textOf(named, NetworkLayout::OneLine);
+}
+
+NetworkOutput::NetworkOutput(const std::optional<std::string>& path, const std::string& picture,
+                             bool noClobber)
+    : noClobber(noClobber) {
+    if (!path) return;
+    file = *path;
+    static_cast<void>(OutputFile(*file, noClobber));
+    if (fs::weakly_canonical(*file) == fs::weakly_canonical(picture))
+        throw Failure(Fault::Usage,
+                      {"--save-network", "is the picture, too", "a file of its own", *path, "", {}});
+}
+
+void NetworkOutput::save(Network network) const {
+    if (!file) return;
+    changePaths(network,
+                [&](const std::string& path) { return pathFrom(fs::absolute(*file).parent_path(), path); });
+    saveNetwork(network, *file, noClobber);
+}
+
+} // namespace workbench

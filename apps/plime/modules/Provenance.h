@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: Apache-2.0
+// How a picture is made, as a network.
+#pragma once
+
+#include "apps/plime/modules/ModuleInstance.h"
+#include "workbench/files/PictureFormat.h"
+#include "workbench/gl/SceneRenderer.h"
+#include "workbench/network/Network.h"
+
+#include <filesystem>
+#include <string>
+
+namespace workbench {
+
+/// A module as an object of a network: creator and source, every parameter that was set, in the host's order,
+/// and those that are not readable. `input` is the name of the object it takes, or empty.
+[[nodiscard]] NetworkObject describe(const std::string& name, const ModuleInstance& module,
+                                     const std::string& input);
+
+/// Builds the network behind one picture, which is its only view, "main" unless it comes from a network.
+class Provenance {
+public:
+    Provenance();
+    /// Goes on with a network that has one view.
+    explicit Provenance(Network part) : made(std::move(part)) {}
+
+    /// Appends a module under a name made of its own ("blurred", "blurred2") and returns that name.
+    std::string add(const ModuleInstance& module, const std::string& input = "");
+    /// Says which object is drawn.
+    void show(const std::string& object) { view().shows = object; }
+    /// Says which picture file is processed, instead.
+    void showPicture(const std::string& path) { view().picture = path; }
+    /// Appends a tile module that works on the picture.
+    void addProcessor(const ModuleInstance& module) { view().processors.push_back(add(module)); }
+    /// How the scene is seen; tiles are told when they differ from one whole picture.
+    void setFrame(const FrameSetup& setup);
+    /// How tile processors saw a picture: tiles of that size and the pixels around what is kept of each.
+    void setTiles(int width, int height, int overlap) { view().tiles = {width, height, overlap}; }
+
+    /// The same of a picture that is drawn, where it is cut for them.
+    void setProcessorTiles(int width, int height, int overlap) {
+        view().processorTiles = {width, height, overlap};
+    }
+
+    /// What was asked of the file: -d and --srgb.
+    void setOutput(const WriteOptions& options) {
+        view().depth = options.depth;
+        view().srgb = options.srgb;
+    }
+
+    /// Everything; paths are as they were given.
+    [[nodiscard]] const Network& network() const noexcept { return made; }
+    /// What pictures keep, in one line: of files only the names, so that the same work leaves the same bytes.
+    [[nodiscard]] std::string text() const;
+
+private:
+    [[nodiscard]] NetworkView& view() noexcept { return made.views.front(); }
+
+    Network made;
+};
+
+/// Where a network is saved; the network is given the paths that lead from there.
+class NetworkOutput {
+public:
+    /// Nothing happens without a path. Looks whether the file can be written: Failure(Output), and
+    /// Failure(Usage) where it is the picture as well.
+    NetworkOutput(const std::optional<std::string>& path, const std::string& picture, bool noClobber);
+    /// Writes the file. Throws as saveNetwork.
+    void save(Network network) const;
+
+private:
+    std::optional<std::filesystem::path> file;
+    bool noClobber;
+};
+
+} // namespace workbench

@@ -1,0 +1,144 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "apps/plime/modules/TileChain.h"
+
+#include "workbench/core/InputCreatorRegistry.h"
+
+#include "host/gl/GLImageTileProcessor.h"
+
+#include <algorithm>
+#include <string_view>
+
+namespace workbench {
+namespace {
+
+using Processor = krod::StrongPtr<krod::ImageTileProcessor>;
+
+/// The output of a tile processor, or nothing.
+krod::StrongPtr<krod::VParameter> processorOutput(const krod::VObject& object) {
+    for (const auto& output : object.slots().outputs())
+        if (output.parameter->value().type() == typeid(Processor)) return output.parameter;
+    return {};
+}
+
+Failure notATileProcessor(const std::string& key) {
+    std::string known;
+    for (const krod::VInputCreatorBase* offered : InputCreatorRegistry::find(typeid(Processor)))
+        known += (known.empty() ? "" : ", ") + offered->creator().keyname();
+    return Failure(Fault::Usage, {key,
+                                  "is no tile processor",
+                                  known.empty() ? "one" : "one of " + known,
+                                  "",
+                                  "Displays go behind --display of \"plime render\"",
+                                  {}});
+}
+
+/// The program of a processor that draws with OpenGL; null for others.
+const krod::GLImageTileProcessor* shaderOf(const Processor& processor) {
+    return dynamic_cast<const krod::GLImageTileProcessor*>(processor.get());
+}
+
+bool isOffered(const krod::VCreatorBase* creator) {
+    const auto offered = InputCreatorRegistry::find(typeid(Processor));
+    return std::ranges::any_of(offered, [&](const auto* input) { return &input->creator() == creator; });
+}
+
+/// Whether a program asks where it is in the tile for anything but its own pixel.
+bool asksForPlace(std::string text) {
+    std::erase_if(text, [](char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; });
+    constexpr std::string_view OwnPixel = "texture2D(frame,gl_TexCoord[0].xy)";
+    for (std::size_t at = text.find(OwnPixel); at != std::string::npos; at = text.find(OwnPixel, at))
+        text.erase(at, OwnPixel.size());
+    return text.find("gl_TexCoord") != std::string::npos || text.find("gl_FragCoord") != std::string::npos;
+}
+
+} // namespace
+
+bool TileStep::fits(const ModuleInstance& module) {
+    return static_cast<bool>(processorOutput(module.object()));
+}
+
+TileStep::TileStep(const ModuleInstance& module) : module(module), output(processorOutput(module.object())) {
+    if (!output) throw notATileProcessor(module.entry().key);
+}
+
+void TileStep::update(const krod::VValuePool& pool) const {
+    krod::VRequest request(pool);
+    bool done = false;
+    inTheNameOf(module, [&] { done = module.object().update(request, 1.0); });
+    if (!done)
+        throw Failure(Fault::Partial,
+                      {module.entry().key, "could not be brought up to date", "", "", "", {}});
+}
+
+Processor TileStep::processor() const {
+    const auto* value = dynamic_cast<const krod::TypedValue<Processor>*>(&output->value());
+    if (!value || !value->value())
+        throw Failure(Fault::Partial, {module.entry().key,
+                                       "gives no tile processor on its output \"" + output->name() + '"',
+                                       "",
+                                       "",
+                                       "",
+                                       {}});
+    return value->value();
+}
+
+TileChain::TileChain(const Catalogue& catalogue, const std::vector<ModuleRequest>& requests, Limits limits) {
+    for (const ModuleRequest& request : requests) {
+        const CatalogueEntry entry = catalogue.one(request.key);
+        if (!isOffered(entry.creator)) throw notATileProcessor(entry.key);
+        modules.push_back(std::make_shared<ModuleInstance>(entry, request, limits));
+        modules.back()->hideUnset(pool);
+    }
+}
+
+TileChain::TileChain(Modules made) : modules(std::move(made)) {
+    for (const auto& module : modules) {
+        if (!isOffered(module->entry().creator)) throw notATileProcessor(module->entry().key);
+        module->hideUnset(pool);
+    }
+}
+
+void TileChain::prepare() {
+    processors.clear();
+    for (const auto& module : modules) {
+        const TileStep step(*module);
+        step.update(pool);
+        processors.push_back(step.processor());
+    }
+}
+
+bool TileChain::drawsWithOpenGL() const { return std::ranges::any_of(processors, shaderOf); }
+
+const ModuleInstance* TileChain::dependentOnTile() const {
+    for (std::size_t i = 0; i < processors.size(); ++i)
+        if (const auto* const shader = shaderOf(processors[i]); shader && asksForPlace(shader->shaderCode()))
+            return modules[i].get();
+    return nullptr;
+}
+
+void TileChain::compile() const {
+    const krod::StrongPtr<krod::Chunk<krod::RGBAHalf>> store(new krod::Chunk<krod::RGBAHalf>(1));
+    krod::ImageTile tile(1, 1, store);
+    for (std::size_t i = 0; i < processors.size(); ++i)
+        if (shaderOf(processors[i])) process(i, tile);
+}
+
+void TileChain::process(krod::ImageTile& tile) const {
+    for (std::size_t i = 0; i < processors.size(); ++i) process(i, tile);
+}
+
+void TileChain::process(std::size_t index, krod::ImageTile& tile) const {
+    const ModuleInstance& module = *modules[index];
+    try {
+        inTheNameOf(module, [&] { processors[index]->process(krod::VRenderContext(pool), tile); });
+    } catch (const Failure& failure) {
+        const auto* const shader = shaderOf(processors[index]);
+        const std::string origin = shader ? module.originOf(shader->shaderCode()) : "";
+        if (failure.fault() != Fault::Shader || origin.empty()) throw;
+        Diagnostic message = failure.diagnostic();
+        message.who = module.entry().key + ", " + origin;
+        throw Failure(failure.fault(), message);
+    }
+}
+
+} // namespace workbench

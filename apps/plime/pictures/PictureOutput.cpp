@@ -1,0 +1,93 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "apps/plime/pictures/PictureOutput.h"
+
+#include "apps/plime/pictures/FreeSpace.h"
+#include "apps/plime/terminal/Interruption.h"
+
+#include "host/values/VValueTrait.h"
+
+namespace workbench {
+namespace {
+
+/// The clipped values of a picture: how far below and above they were.
+std::string extremesText(const PictureWriter& writer) {
+    const auto text = [](float value) { return krod::VValueTrait<double>::Text(static_cast<double>(value)); };
+    const bool below = writer.smallestValue()<0, above = writer.largestValue()> 0;
+    std::string said = below ? "the smallest was " + text(writer.smallestValue()) : "";
+    if (above) said += (below ? ", the largest " : "the largest was ") + text(writer.largestValue());
+    return said;
+}
+
+} // namespace
+
+void OutputWish::addTo(Syntax& syntax) {
+    syntax.options.push_back({"-o,--output", &path});
+    syntax.options.push_back({"-d,--depth", &depth});
+    syntax.options.push_back({"--srgb", &srgb});
+}
+
+std::string OutputWish::requirePath() const {
+    if (!path || path->empty())
+        throw Failure(Fault::Usage, {"-o", "is missing", "the picture to write, -o OUT.exr", "", "", {}});
+    static_cast<void>(outputFormat(*path));
+    return *path;
+}
+
+WriteOptions OutputWish::writeOptions(const GlobalOptions& global) const {
+    WriteOptions options;
+    options.srgb = srgb;
+    options.noClobber = global.noClobber;
+    if (depth && !(options.depth = depthFromName(*depth)))
+        throw Failure(
+            Fault::Usage,
+            {"-d", "knows no such depth", "half, float, uint8 or uint16", '"' + *depth + '"', "", {}});
+    return options;
+}
+
+PictureOutput::PictureOutput(const OutputWish& wish, const GlobalOptions& global,
+                             const PictureDescription& description, int tileSide)
+    : path(wish.requirePath()) {
+    WriteOptions options = wish.writeOptions(global);
+    options.tileSide = tileSide;
+    writer = PictureWriter::create(path, description, options);
+}
+
+void PictureOutput::requireRoom(std::uint64_t tiles) const {
+    requireFreeSpace(path, writer->mostBytes(), tiles);
+}
+
+void PictureOutput::write(int first, int count, const krod::RGBAHalf* pixels, const ExtraRows* extra) {
+    writer->writeRows(first, count, pixels, extra);
+}
+
+void PictureOutput::writeBlock(const PixelWindow& part, const krod::RGBAHalf* pixels) {
+    writer->writeBlock(part, pixels);
+}
+
+void PictureOutput::finish(Report& report) {
+    throwIfInterrupted();
+    writer->finish();
+    if (writer->clippedCount() > 0)
+        report.warning({path,
+                        std::to_string(writer->clippedCount()) + " values were clipped to " +
+                            std::string(depthName(writer->depth())) + ", " + extremesText(*writer),
+                        "",
+                        "",
+                        "Write .exr to keep them",
+                        {}});
+    if (writer->notNumberCount() > 0)
+        report.warning(
+            {path,
+             std::to_string(writer->notNumberCount()) + " values are not numbers and were written as 0",
+             "",
+             "",
+             "Write .exr to keep them",
+             {}});
+    if (writer->dropped().empty()) return;
+    std::string names;
+    for (const std::string& name : writer->dropped()) names += (names.empty() ? "" : ", ") + name;
+    report.warning(
+        {path, "its format cannot hold " + names + "; left out", "", "", "Write .exr to keep them", {}});
+}
+
+} // namespace workbench

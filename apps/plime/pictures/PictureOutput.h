@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: Apache-2.0
+// The picture that a command leaves.
+#pragma once
+
+#include "apps/plime/commandline/Command.h"
+#include "apps/plime/commandline/Options.h"
+#include "apps/plime/terminal/Report.h"
+#include "workbench/files/Picture.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace workbench {
+
+/// What people ask of an output picture: -o, -d, --srgb.
+struct OutputWish {
+    std::optional<std::string> path;
+    std::optional<std::string> depth;
+    bool srgb = false;
+
+    /// Adds the options to a command's syntax.
+    void addTo(Syntax& syntax);
+    /// The path. Throws Failure(Usage) without one, or when it is of no known format.
+    [[nodiscard]] std::string requirePath() const;
+    /// Throws Failure(Usage) for a depth that does not exist.
+    [[nodiscard]] WriteOptions writeOptions(const GlobalOptions& global) const;
+};
+
+/// Writes one picture and says what its format could not keep.
+class PictureOutput {
+public:
+    /// Begins the file; see PictureWriter::create. With a side of tiles it is stored in tiles.
+    PictureOutput(const OutputWish& wish, const GlobalOptions& global, const PictureDescription& description,
+                  int tileSide = 0);
+
+    /// Writes the next rows.
+    void write(int first, int count, const krod::RGBAHalf* pixels, const ExtraRows* extra = nullptr);
+    /// Writes a part of a picture that is stored in tiles; see PictureWriter::writeBlock.
+    void writeBlock(const PixelWindow& part, const krod::RGBAHalf* pixels);
+    /// Throws Failure(Output) unless the disk has room for the picture, as large as it can become, and for so
+    /// many bytes of finished tiles. Before the work.
+    void requireRoom(std::uint64_t tiles) const;
+    /// Completes the file, and tells about clipped values and dropped channels. Throws Failure(Interrupted)
+    /// when a signal has come: then nothing is left.
+    void finish(Report& report);
+
+private:
+    std::string path;
+    std::unique_ptr<PictureWriter> writer;
+};
+
+} // namespace workbench

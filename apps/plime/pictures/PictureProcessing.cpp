@@ -1,0 +1,198 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "apps/plime/pictures/PictureProcessing.h"
+
+#include "apps/plime/commandline/ViewOptions.h"
+#include "apps/plime/pictures/KeptTiles.h"
+#include "apps/plime/pictures/MemoryUse.h"
+#include "apps/plime/pictures/TilePass.h"
+#include "apps/plime/terminal/Numbers.h"
+#include "workbench/gl/RenderTarget.h"
+#include "workbench/platform/EglContext.h"
+
+#include <algorithm>
+
+namespace workbench {
+namespace {
+
+std::string sizeText(int width, int height) { return std::to_string(width) + 'x' + std::to_string(height); }
+
+std::uint64_t pixelsOf(const PictureDescription& picture) {
+    return static_cast<std::uint64_t>(picture.width) * static_cast<std::uint64_t>(picture.height);
+}
+
+/// A module that works with the place in the tile does something else to a picture that is cut.
+Diagnostic cutWarning(const TilingTask& task, const TilePlan& plan, const std::string& key) {
+    const int side = std::max(task.width, task.height);
+    std::string advice;
+    if (task.isDrawn) {
+        advice = "\"plime process --tile\" on the finished picture can take more as one tile";
+    } else if (side <= task.shaderSide.value_or(0)) {
+        advice = "Keep the picture whole with --tile " + std::to_string(side);
+        if (const std::uint64_t needed = bytesForWhole(task); needed > task.memory)
+            advice += " and --memory " + megabytesText(needed);
+    }
+    return {task.picture,
+            "is cut into " + std::to_string(plan.count()) + " tiles of " +
+                sizeText(plan.tileWidth(), plan.tileHeight()) + " pixels, and " + key +
+                " works with the place in the tile, so the result differs from that of the whole picture",
+            "",
+            "",
+            std::move(advice),
+            {}};
+}
+
+PictureDescription outputDescription(const PictureReader& reader, const Provenance& provenance) {
+    PictureDescription description = reader.description();
+    description.isGrey = false; // channels are processed one by one and may come apart
+    description.setText(NetworkName, provenance.text());
+    return description;
+}
+
+} // namespace
+
+TilingWish tilingFrom(const std::optional<std::string>& tile, const std::optional<std::string>& overlap) {
+    TilingWish tiling;
+    if (tile) tiling.side = wholeNumber("--tile", *tile, 1, LargestSide);
+    if (overlap) tiling.overlap = wholeNumber("--overlap", *overlap, 0, LargestOverlap);
+    const int largest = std::min(tiling.side.value_or(LargestCutTile), LargestCutTile);
+    if (overlap && largest <= 2 * *tiling.overlap) // known before any picture, and the same for all
+        refuseOverlap("--overlap", std::to_string(largest), *tiling.overlap);
+    return tiling;
+}
+
+void tellOfTiles(Session& session, OpenGLOnDemand& openGL, const TileChain& chain, const TilingTask& task,
+                 const TilePlan& plan) {
+    Report& report = session.report();
+    if (!task.shaderSide) {
+        report.note("Working in strips of " + std::to_string(plan.tileHeight()) + " rows.");
+        return;
+    }
+    const std::string size = sizeText(plan.tileWidth(), plan.tileHeight());
+    const std::string driver = openGL.rendering().driver();
+    const ModuleInstance* const dependent = chain.dependentOnTile();
+    if (plan.count() == 1) {
+        report.note("The picture is one tile of " + size + " pixels on " + driver + '.' +
+                    (dependent ? " " + dependent->entry().key + " works with the place in it." : ""));
+        return;
+    }
+    report.note("The picture is cut into " + std::to_string(plan.count()) + " tiles of " + size +
+                " pixels with an overlap of " + std::to_string(plan.overlap()) + ", on " + driver + '.');
+    if (dependent) report.warning(cutWarning(task, plan, dependent->entry().key));
+}
+
+void PictureProcessing::compile() {
+    if (!chain.drawsWithOpenGL()) return;
+    static_cast<void>(openGL.rendering());
+    chain.compile();
+}
+
+Network PictureProcessing::process(const PictureJob& job, const ProgressPart* part) {
+    Network made;
+    withSmallerTiles(session.report(), job.input,
+                     [&](TileAttempt& attempt) { made = processInTiles(job, part, attempt); });
+    return made;
+}
+
+Network PictureProcessing::processInTiles(const PictureJob& job, const ProgressPart* part,
+                                          TileAttempt& attempt) {
+    const auto reader = PictureReader::open(job.input);
+    wish.path = job.output;
+    const TilingTask task = taskOf(job.input, *reader);
+    TilingWish wanted = tiling;
+    if (attempt.side) wanted.side = attempt.side;
+    const TilePlan plan(task, wanted);
+    attempt.overlap = tiling.overlap.value_or(0);
+    if (task.shaderSide) attempt.used = std::max(plan.tileWidth(), plan.tileHeight());
+    tellOfTiles(session, openGL, chain, task, plan);
+    if (task.shaderSide)
+        openGL.rendering().targets().allow(
+            TargetShape{plan.tileWidth(), plan.tileHeight(), 0, false}.bytes());
+    Provenance made = provenance;
+    made.showPicture(job.input);
+    made.setOutput(wish.writeOptions(session.options()));
+    if (task.shaderSide) made.setTiles(plan.tileWidth(), plan.tileHeight(), plan.overlap());
+    const auto work = [&](TileJournal* journal) {
+        PictureOutput output(wish, session.options(), outputDescription(*reader, made));
+        output.requireRoom(journal ? journal->missingBytes(pixelsOf(reader->description())) : 0);
+        writeProcessed(*reader, plan, output, job, part, journal);
+    };
+    if (task.shaderSide && plan.count() > 1) {
+        TileJournal journal(job.output, jobOf(job.input, made), resume && !attempt.side);
+        keepTilesDuring(session.report(), {journal, attempt, resume, static_cast<std::size_t>(plan.count())},
+                        [&] { work(&journal); });
+    } else {
+        if (resume) tellOfNothingKept(job.input, task.shaderSide.has_value());
+        work(nullptr);
+    }
+    warnOfIdleOptions(task, plan);
+    if (reader->overflowCount() > 0)
+        session.report().warning(
+            {job.input,
+             std::to_string(reader->overflowCount()) + " values are too large for a half and became infinite",
+             "",
+             "",
+             "",
+             {}});
+    return made.network();
+}
+
+void PictureProcessing::writeProcessed(PictureReader& reader, const TilePlan& plan, PictureOutput& output,
+                                       const PictureJob& job, const ProgressPart* part,
+                                       TileJournal* journal) {
+    const std::uint64_t pixels = pixelsOf(reader.description());
+    std::optional<Progress> own;
+    if (!part) own.emplace(job.input, pixels, "Mpixel", 1e6, session.options().quiet);
+    const ProgressPart shown = part ? *part : ProgressPart{*own, 0, pixels};
+    const auto done = [&](double share) {
+        shown.line.show(shown.begin + static_cast<std::uint64_t>(share * static_cast<double>(shown.length)));
+    };
+    processTiles(chain, plan, reader, output, done, journal);
+    shown.line.clear();
+    output.finish(session.report());
+}
+
+/// The text of the job that tiles belong to; the file's depth and curve do not change them.
+std::string PictureProcessing::jobOf(const std::string& input, Provenance made) {
+    made.setOutput({});
+    std::vector<const ModuleInstance*> modules;
+    for (const auto& module : chain.instances()) modules.push_back(module.get());
+    return jobText(session, openGL.rendering(), made.text(), modules, input);
+}
+
+void PictureProcessing::tellOfNothingKept(const std::string& input, bool usesShaders) {
+    session.report().warning({"--resume",
+                              "has nothing to go on with: " + input +
+                                  (usesShaders ? " is one tile" : " is worked on without a shader") +
+                                  ", and all work is done again",
+                              "",
+                              "",
+                              "",
+                              {}});
+}
+
+/// --tile and --overlap where they change nothing, once for all pictures.
+void PictureProcessing::warnOfIdleOptions(const TilingTask& task, const TilePlan& plan) {
+    if (toldOfIdleOptions) return;
+    const auto warn = [&](const std::string& option, const std::string& why) {
+        session.report().warning({option, "has no effect" + why, "", "", "", {}});
+        toldOfIdleOptions = true;
+    };
+    if (task.shaderSide && plan.count() == 1 && tiling.overlap)
+        warn("--overlap", " on " + task.picture + ", which is one tile");
+    if (task.shaderSide) return;
+    const std::string why = ", because the modules work without a shader, strip by strip";
+    if (tiling.side) warn("--tile", why);
+    if (tiling.overlap) warn("--overlap", why);
+}
+
+TilingTask PictureProcessing::taskOf(const std::string& input, const PictureReader& reader) {
+    const PictureDescription& picture = reader.description();
+    TilingTask task{input, picture.width, picture.height, 0, session.options().memory, std::nullopt};
+    task.otherBytes = bytesBesidePixels(chain.drawsWithOpenGL(), wish.requirePath(), picture.width) +
+                      ReadAheadBytes + picture.readerBytes;
+    for (const ExtraChannel& channel : picture.extraChannels) task.extraBytes += channel.bytesPerValue();
+    if (chain.drawsWithOpenGL()) task.shaderSide = openGL.rendering().properties().maxTextureSize;
+    return task;
+}
+
+} // namespace workbench

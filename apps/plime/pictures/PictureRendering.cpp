@@ -1,0 +1,213 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "apps/plime/pictures/PictureRendering.h"
+
+#include "apps/plime/modules/SceneInput.h"
+#include "apps/plime/pictures/DrawingPlan.h"
+#include "apps/plime/pictures/KeptTiles.h"
+#include "apps/plime/pictures/MemoryUse.h"
+#include "apps/plime/pictures/PictureDrawing.h"
+#include "apps/plime/pictures/PictureProcessing.h"
+#include "apps/plime/pictures/TilePass.h"
+#include "workbench/files/InputKind.h"
+#include "workbench/gl/ArrayLimit.h"
+#include "workbench/gl/RenderTarget.h"
+#include "workbench/platform/EglContext.h"
+
+#include "host/gl/MSDeferredObjectDisplay.h"
+#include "host/gl/VGLRenderContext.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <optional>
+
+namespace workbench {
+namespace {
+
+PictureDescription descriptionOf(const FrameSetup& setup, const Provenance& provenance) {
+    PictureDescription description;
+    description.width = setup.width;
+    description.height = setup.height;
+    description.hasAlpha = true;
+    description.setText(NetworkName, provenance.text());
+    return description;
+}
+
+std::uint64_t pixelCount(const FrameSetup& setup) {
+    return static_cast<std::uint64_t>(setup.width) * static_cast<std::uint64_t>(setup.height);
+}
+
+/// The samples of all displays, as the driver grants them: their drawing areas are in use at once.
+int grantedSamples(RenderSession& rendering, const RenderTask& task) {
+    int samples = 0;
+    for (const ModuleInstance* module : task.displays) {
+        auto& display = dynamic_cast<krod::MSDeferredObjectDisplay&>(module->object());
+        requireShortArrays(display, task.pool);
+        krod::VGLRenderContext context(task.pool, 1, 1);
+        const int asked = display.createRenderer(context)->requestedSamples();
+        samples += rendering.targets().leaseMultisample(1, 1, asked)->samples();
+    }
+    return samples;
+}
+
+/// The file that is drawn, or "".
+std::string fileOf(const RenderTask& task) {
+    const auto file = task.scene.object().slots().input("file");
+    return file ? file->value().text() : "";
+}
+
+/// What the content of the file takes at most, here and in the driver; by its size, so that the same picture is always
+/// cut alike.
+std::uint64_t bytesOfInput(const std::string& file) {
+    if (file.empty()) return 0;
+    if (classifyInput(file) != InputKind::Picture) return 6 * std::filesystem::file_size(file);
+    const PictureDescription picture = PictureReader::open(file)->description();
+    return 2 * sizeof(krod::RGBAHalf) * static_cast<std::uint64_t>(picture.width) *
+           static_cast<std::uint64_t>(picture.height);
+}
+
+DrawingPlan drawingOf(const Session& session, RenderSession& rendering, const RenderTask& task,
+                      const FrameSetup& setup) {
+    const std::string path = task.wish.requirePath();
+    return planDrawing({path, setup.width, setup.height, setup.tiles, grantedSamples(rendering, task),
+                        outputFormat(path).name == "EXR", !task.chain.empty(),
+                        bytesBesidePixels(true, path, setup.width) + bytesOfInput(fileOf(task)),
+                        session.options().memory});
+}
+
+/// What is left of the memory beside the drawing goes to the processors.
+TilingTask cuttingOf(const Session& session, RenderSession& rendering, const RenderTask& task,
+                     const FrameSetup& setup, const DrawingPlan& drawing) {
+    TilingTask cutting{task.wish.requirePath(),  setup.width,  setup.height, 0,
+                       session.options().memory, std::nullopt, true,         drawing.bytes};
+    if (task.chain.drawsWithOpenGL()) cutting.shaderSide = rendering.properties().maxTextureSize;
+    return cutting;
+}
+
+/// The tiles of a saved network count for the size that they were saved with.
+TilingWish wishOf(const ViewOptions& view, const TileAttempt& attempt) {
+    TilingWish wish;
+    wish.side = attempt.side;
+    if (view.saved && view.saved->processorTiles && !view.size) {
+        const auto& [width, height, overlap] = *view.saved->processorTiles;
+        wish.exact = {width, height, overlap};
+    }
+    return wish;
+}
+
+/// Takes the drawn picture through the chain, if there is a plan for one, and writes it.
+void writeDrawn(const RenderTask& task, const std::optional<TilePlan>& plan, const PictureDrawing& drawing,
+                const PictureDescription& description, bool inBlocks, PictureOutput& output) {
+    if (plan) {
+        DrawnPicture drawn(drawing, description);
+        processTiles(task.chain, *plan, drawn, output, [](double) {});
+        return;
+    }
+    DrawnTiles tiles(drawing);
+    DrawnBand band;
+    while (const PictureTile* const tile = tiles.next()) {
+        if (inBlocks) {
+            output.writeBlock({tile->x, tile->y, tile->width, tile->height}, tiles.draw().data());
+            continue;
+        }
+        band.drawNext(tiles, description.width);
+        output.write(band.begin(), band.end() - band.begin(), band.row(band.begin()));
+    }
+}
+
+krod::RenderAble& topOf(const RenderTask& task) {
+    const ModuleInstance& top = task.displays.empty() ? task.scene : *task.displays.back();
+    return dynamic_cast<krod::RenderAble&>(top.object());
+}
+
+/// Of everything that is drawn of a tile.
+int largestSide(const std::vector<PictureTile>& tiles) {
+    int largest = 0;
+    for (const PictureTile& tile : tiles)
+        largest = std::max({largest, tile.drawnWidth(), tile.drawnHeight()});
+    return largest;
+}
+
+void warnOfIdleOverlap(Report& report, const std::string& picture) {
+    report.warning(
+        {"--overlap", "has no effect on " + picture + ", which is drawn in one tile", "", "", "", {}});
+}
+
+/// What the network of the picture says of its view and its tiles; gives how processors see it, if any do.
+std::optional<TilePlan> tellView(Session& session, OpenGLOnDemand& openGL, const RenderTask& task,
+                                 Provenance& provenance, const FrameSetup& setup, const DrawingPlan& drawing,
+                                 const TileAttempt& attempt) {
+    provenance.setFrame(setup);
+    if (task.chain.empty()) return std::nullopt;
+    const TilingTask cutting = cuttingOf(session, openGL.rendering(), task, setup, drawing);
+    const TilePlan plan(cutting, wishOf(task.view, attempt));
+    tellOfTiles(session, openGL, task.chain, cutting, plan);
+    if (cutting.shaderSide && plan.count() > 1)
+        provenance.setProcessorTiles(plan.tileWidth(), plan.tileHeight(), plan.overlap());
+    return plan;
+}
+
+/// Of everything that the processors draw at once.
+std::size_t tileBytes(const RenderTask& task, const std::optional<TilePlan>& plan) {
+    if (!plan || !task.chain.drawsWithOpenGL()) return 0;
+    return TargetShape{plan->tileWidth(), plan->tileHeight(), 0, false}.bytes();
+}
+
+/// The text of the job that tiles belong to; the file's depth and curve do not change them.
+std::string jobOf(const Session& session, const RenderSession& rendering, const RenderTask& task,
+                  Provenance provenance) {
+    provenance.setOutput({});
+    std::vector<const ModuleInstance*> modules = task.displays;
+    modules.push_back(&task.scene);
+    return jobText(session, rendering, provenance.text(), modules, fileOf(task));
+}
+
+/// One attempt. Throws GraphicsMemoryFailure when a tile does not fit into the memory for graphics.
+void drawToFile(Session& session, OpenGLOnDemand& openGL, const RenderTask& task, Provenance& provenance,
+                FrameSetup setup, TileAttempt& attempt) {
+    if (attempt.side) setup.tiles.size = *attempt.side;
+    RenderSession& rendering = openGL.rendering();
+    const DrawingPlan planned = drawingOf(session, rendering, task, setup);
+    setup.tiles = planned.tiles;
+    const auto tiles = planTiles(setup.width, setup.height, setup.tiles);
+    session.report().note("Drawing on " + rendering.driver() + ".");
+    if (tiles.size() > 1) session.report().note("Drawing in " + std::to_string(tiles.size()) + " tiles.");
+    if (task.chain.drawsWithOpenGL()) task.chain.compile();
+    attempt.used = largestSide(tiles);
+    attempt.overlap = setup.tiles.overlap;
+
+    const auto plan = tellView(session, openGL, task, provenance, setup, planned, attempt);
+    rendering.targets().allow(planned.targetBytes + tileBytes(task, plan));
+    const std::string job = jobOf(session, rendering, task, provenance);
+    provenance.setOutput(task.wish.writeOptions(session.options()));
+    const std::string path = task.wish.requirePath();
+    const PictureDescription description = descriptionOf(setup, provenance);
+    PictureDrawing drawing{rendering, topOf(task), task.pool, setup, path, session.options().quiet};
+    const auto draw = [&] {
+        PictureOutput output(task.wish, session.options(), description,
+                             planned.inBlocks ? StoredTileSide : 0);
+        output.requireRoom(drawing.journal ? drawing.journal->missingBytes(pixelCount(setup)) : 0);
+        writeDrawn(task, plan, drawing, description, planned.inBlocks, output);
+        output.finish(session.report());
+    };
+    if (tiles.size() == 1) {
+        draw();
+        if (task.view.overlap) warnOfIdleOverlap(session.report(), path);
+        return;
+    }
+    TileJournal journal(path, job, task.resume && !attempt.side);
+    drawing.journal = &journal;
+    keepTilesDuring(session.report(), {journal, attempt, task.resume, tiles.size()}, draw);
+}
+
+} // namespace
+
+void renderToFile(Session& session, OpenGLOnDemand& openGL, const RenderTask& task, Provenance& provenance) {
+    const krod::BoundingSphere bounds = topOf(task).bounds();
+    warnOfNothingToDraw(session.report(), task.scene, task.input, bounds);
+    const FrameSetup setup = task.view.frameOf(bounds);
+    withSmallerTiles(session.report(), task.wish.requirePath(), [&](TileAttempt& attempt) {
+        drawToFile(session, openGL, task, provenance, setup, attempt);
+    });
+}
+
+} // namespace workbench
