@@ -130,6 +130,21 @@ TEST_F(PlimeSignals, duringABatch_sayHowManyPicturesAreWritten) {
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(at("out")), {}), 3);
 }
 
+TEST_F(PlimeSignals, duringARunOfViews_sayHowManyAreWritten_andWhereTilesAre) {
+    write("two.json", R"({"version": 1,
+"objects": [{"name": "knot", "creator": "Scene/Knot"}],
+"views": [{"name": "small", "shows": "knot", "size": [32, 24]},
+          {"name": "large", "shows": "knot", "size": [128, 128], "tiles": {"size": [64, 64], "overlap": 0}}]})");
+    const Words words = {"run", at("two.json"), "-o", at("{view}.exr"), "--gpu", "software"};
+    const Result result = run(Call{words, signalled("read", 2, SIGINT)});
+    EXPECT_EQ(result.code, 130);
+    EXPECT_EQ(result.error, SignalAnswer +
+                                "plime: error: interrupted, 1 of 2 pictures are written.\n  Finished tiles are kept in " +
+                                at("large.exr.parts") + "; continue with the same command and --resume\n");
+    EXPECT_EQ(readPicture(at("small.exr")).pixels.size(), 32U * 24);
+    EXPECT_FALSE(std::filesystem::exists(at("large.exr")));
+}
+
 TEST_F(PlimeSignals, areAnsweredInThePlaceOfTheProgressLine_onATerminal) {
     Call call{drawing({"-q"}), signalled("read", 2, SIGINT)};
     call.error = Sink::Terminal;

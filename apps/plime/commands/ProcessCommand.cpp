@@ -145,10 +145,6 @@ private:
             line.clear();
             session.report().error(failureOf(job, message));
         };
-        const auto writtenText = [&](std::size_t tried) {
-            return std::to_string(tried - failed) + " of " + std::to_string(jobs.size()) +
-                   " pictures are written";
-        };
         for (std::size_t i = 0; i < jobs.size(); ++i) {
             const ProgressPart part{line, i * Whole, Whole};
             try {
@@ -156,7 +152,7 @@ private:
                 processing.process(jobs[i], &part);
             } catch (const Failure& failure) {
                 if (failure.fault() == Fault::Interrupted)
-                    throw Failure(Fault::Interrupted, {"", "interrupted, " + writtenText(i), "", "", "", {}});
+                    throw interruptedAfter(i - failed, jobs.size(), failure);
                 if (stopsAll(failure.fault(), sameFormat)) throw;
                 tell(jobs[i], failure.diagnostic());
             } catch (const std::bad_alloc&) {
@@ -166,7 +162,7 @@ private:
             }
         }
         line.clear();
-        session.report().note(writtenText(jobs.size()) + '.');
+        session.report().note(writtenText(jobs.size() - failed, jobs.size()) + '.');
         if (failed > 0)
             throw Failure(Fault::Partial,
                           {"",

@@ -79,7 +79,12 @@ public:
         OpenGLOnDemand openGL(session.options());
         for (std::size_t i = 0; i < outputs.size(); ++i) {
             wishFor(outputs[i], network.views[i], asked, session.report());
-            make(session, openGL, modules, partFor(network, network.views[i]));
+            try {
+                make(session, openGL, modules, partFor(network, network.views[i]));
+            } catch (const Failure& failure) {
+                if (failure.fault() != Fault::Interrupted || outputs.size() == 1) throw;
+                throw interruptedAfter(i, outputs.size(), failure);
+            }
             session.report().note(outputs[i] + " is written.");
         }
         session.noteShaderFiles();

@@ -44,6 +44,16 @@ WriteOptions OutputWish::writeOptions(const GlobalOptions& global) const {
     return options;
 }
 
+std::string writtenText(std::size_t written, std::size_t all) {
+    return std::to_string(written) + " of " + std::to_string(all) + " pictures are written";
+}
+
+Failure interruptedAfter(std::size_t written, std::size_t all, const Failure& interruption) {
+    Diagnostic message = interruption.diagnostic();
+    message.what += ", " + writtenText(written, all);
+    return {interruption.fault(), message};
+}
+
 PictureOutput::PictureOutput(const OutputWish& wish, const GlobalOptions& global,
                              const PictureDescription& description, int tileSide)
     : path(wish.requirePath()) {

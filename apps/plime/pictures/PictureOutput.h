@@ -27,6 +27,11 @@ struct OutputWish {
     [[nodiscard]] WriteOptions writeOptions(const GlobalOptions& global) const;
 };
 
+/// "2 of 3 pictures are written".
+[[nodiscard]] std::string writtenText(std::size_t written, std::size_t all);
+/// The interruption of one of several pictures, which says in addition how many of them are written.
+[[nodiscard]] Failure interruptedAfter(std::size_t written, std::size_t all, const Failure& interruption);
+
 /// Writes one picture and says what its format could not keep.
 class PictureOutput {
 public:
