@@ -16,6 +16,8 @@
 #include <filesystem>
 #include <new>
 
+#include <unistd.h>
+
 namespace {
 
 using namespace workbench;
@@ -38,6 +40,13 @@ private:
     ActionListener* before;
 };
 
+/// The thread that draws does not come back, so nothing of it is waited for. Finished tiles stay.
+void endStuckDrawing(const Diagnostic& message) {
+    Report().error(message);
+    removeTemporaries();
+    ::_exit(static_cast<int>(Fault::Shader));
+}
+
 int perform(const Invocation& invocation, const Commands& commands, Streams& streams, Report& report) {
     report.setColour(invocation.global.colour);
     report.setQuiet(invocation.global.quiet);
@@ -57,7 +66,8 @@ int perform(const Invocation& invocation, const Commands& commands, Streams& str
             if (std::error_code error; !std::filesystem::is_directory(folder, error))
                 report.warning({folder, "is no folder, so no shader file is taken from it", "", "", "", {}});
         setShaderFolders(session.shaderFolders());
-        setShaderGuard({.worker = executableFolder() / "plime-shader-worker"});
+        setShaderGuard(
+            {.worker = executableFolder() / "plime-shader-worker", .stuck = endStuckDrawing});
         code = invocation.command->run(session);
         throwIfInterrupted();
     }

@@ -35,6 +35,27 @@ TEST_P(PlimeTileProgram, goodProgram_fromAFileWithoutLineEnd_works) {
     EXPECT_EQ(float(workbench::readPicture(at("out.exr")).pixels.back().a), 0.25F);
 }
 
+TEST_P(PlimeTileProgram, programWithoutAnOutput_isWarnedOf) {
+    const std::string warning = "Hollywood/TileProgram, parameter \"code\": its program never writes "
+                                "gl_FragColor, so its pixels have no certain values.";
+    EXPECT_EQ(run(call("void main() {}")).error, "plime: warning: " + warning + '\n');
+    for (const std::string code : {"void main() { gl_FragColor = vec4(0.25); }",
+                                   "void main() { gl_FragData[0] = vec4(0.25); }",
+                                   "#version 130\nout vec4 mine; void main() { mine = vec4(0.25); }"})
+        EXPECT_EQ(run(call(code)).error, "") << code;
+}
+
+TEST_P(PlimeTileProgram, discardedPixels_areEmpty_andHoldNothingOfEarlierWork) {
+    Call twice = call("void main() { gl_FragColor = vec4(0.5); }");
+    twice.arguments =
+        twice.arguments + Words{"--with", "Hollywood/TileProgram", "-p",
+                                "code=void main() { if (gl_FragCoord.x < 4.0) discard; gl_FragColor = vec4(0.25); }"};
+    const Result result = run(twice);
+    EXPECT_EQ(result.code, 0) << result.error;
+    const workbench::Picture made = workbench::readPicture(at("out.exr"));
+    for (int x = 0; x < 8; ++x) EXPECT_EQ(float(made.pixels[static_cast<std::size_t>(x)].g), x < 4 ? 0 : 0.25F);
+}
+
 TEST_P(PlimeTileProgram, mistakeInTheFirstLine_isShownWithItsNeighbours) {
     const std::string wanted = "text line 1, column 1: syntax error, unexpected NEW_IDENTIFIER";
     EXPECT_EQ(refusalOf("unifor sampler2D frame;\nvoid main() {}\n", refused + " — got " + wanted),

@@ -71,6 +71,46 @@ TEST_F(HostileProgram, endlessLoopOnSoftpipe_isEnded) {
                   Call{process(loop), {{"GALLIUM_DRIVER", "softpipe"}}});
 }
 
+/// Programs that end on the worker's tiles and not on the picture.
+class EndlessElsewhere : public HostileProgram {
+protected:
+    static std::string loopWhere(const std::string& condition) {
+        return "uniform sampler2D frame; void main() { float s = 0.0; if (" + condition +
+               ") while (s < 2.0) s = fract(s + 0.1); gl_FragColor = vec4(s); }";
+    }
+    const std::string ended =
+        "is ended, because its program has drawn for 8 s and does not come to an end. Look for a "
+        "loop that does not end for every value of a pixel.";
+};
+
+TEST_F(EndlessElsewhere, farFromTheCorner_isFoundByTheLargerTile) {
+    expectFailure(6, "Hollywood/TileProgram, parameter \"code\": its program took longer than 8 s.",
+                  Call{process(loopWhere("gl_FragCoord.x > 100.0")), {{"GALLIUM_DRIVER", "softpipe"}}});
+}
+
+TEST_F(EndlessElsewhere, forValuesOfThePicture_isEndedWhileItDraws_andNothingIsLeft) {
+    workbench::Picture bright = gradient(8, 8);
+    bright.pixels[9] = pixel(1.75F, 0, 0);
+    input = picture("in.exr", bright);
+    write("out.exr", "the old file");
+    const auto files = filesInFolder();
+    expectFailure(6, "Hollywood/TileProgram, parameter \"code\": " + ended,
+                  Call{process(loopWhere("texture2D(frame, gl_TexCoord[0].xy).r > 1.5")),
+                       {{"GALLIUM_DRIVER", "softpipe"}}});
+    EXPECT_EQ(read(at("out.exr")), "the old file");
+    EXPECT_EQ(filesInFolder(), files);
+}
+
+TEST_F(EndlessElsewhere, inABodyFile_isEndedWhileItDraws) {
+    const std::string file = write("CMYK.frag", loopWhere("gl_FragCoord.x > 150.0")).string();
+    const Result result = run(Call{{"render", "demo:knot", "--shader-dir", folder.string(), "--display",
+                                    "Display/CMYK", "--size", "160x8", "-o", at("out.exr")},
+                                   {{"GALLIUM_DRIVER", "softpipe"}}});
+    EXPECT_EQ(result.code, 6) << result.error;
+    expectHas(result.error, " with " + file + ": " + ended);
+    EXPECT_FALSE(exists(folder / "out.exr"));
+}
+
 TEST_F(HostileProgram, modulesAtTheirGreatestValues_areHarmless) {
     for (const Words& words : {Words{"Display/Blurred", "-p", "width=2048", "-p", "exponent=0.37"},
                                Words{"Display/PixelContours", "-p", "width=22"},

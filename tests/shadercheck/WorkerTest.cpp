@@ -182,6 +182,16 @@ TEST_F(TrialOutcomes, answers_areUnderstood) {
     EXPECT_EQ(of("printf 'nno screen'").reason, "no screen");
 }
 
+TEST_F(TrialOutcomes, timeOfAPixel_isPassedOn) {
+    EXPECT_EQ(of("printf d1500").secondsPerPixel, 1e-9 * 1500);
+    EXPECT_EQ(of("printf 'd-x'").secondsPerPixel, 0);
+    const ShaderTrial trial{.vertexText = "void main() { gl_Position = ftransform(); }", .fragmentText = Good};
+    const TrialOutcome real = tryInWorker(SHADER_WORKER, trial, {.time = std::chrono::seconds(60)});
+    ASSERT_EQ(real.kind, Kind::Drawn) << real.reason;
+    EXPECT_GT(real.secondsPerPixel, 0);
+    EXPECT_LT(real.secondsPerPixel, 60.0 / (128 * 128));
+}
+
 TEST_F(TrialOutcomes, endWithoutAnswer_isADeath) {
     EXPECT_EQ(of("kill -ABRT $$").reason, "signal 6");
     EXPECT_EQ(of("kill -ABRT $$").kind, Kind::Killed);

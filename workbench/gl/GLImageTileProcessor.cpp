@@ -67,6 +67,8 @@ void GLImageTileProcessor::drawOver(const ImageTile& tile, RGBAHalf* pixels) {
     glBindTexture(GL_TEXTURE_2D, frame->name());
     workbench::uploadPixels(tile.width(), tile.height(), pixels);
     target->bind();
+    constexpr float Nothing[4] = {};
+    glClearBufferfv(GL_COLOR, 0, Nothing); // a program need not write a pixel
     renderFrameTexture(*frame);
     GLError::throwPossibleError(Who, "GLImageTileProcessor", 0);
     workbench::readPixels({0, 0, tile.width(), tile.height()}, pixels,

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/gl/GLProgram.h"
 
+#include "workbench/gl/DrawingWatch.h"
 #include "workbench/gl/ProgramCache.h"
 #include "workbench/gl/RenderSession.h"
 #include "workbench/gl/ShaderCapture.h"
+#include "workbench/gl/ShaderFiles.h"
 
 #include "host/core/VActionNotifier.h"
 
@@ -49,7 +51,12 @@ GLProgram::~GLProgram() {
 }
 
 void GLProgram::use() {
-    if (state->program) glUseProgram(state->program->name.get());
+    if (!state->program) return;
+    glUseProgram(state->program->name.get());
+    if (!state->program->secondsPerPixel) return;
+    const auto file = workbench::findShaderFile(state->fragmentText);
+    workbench::DrawingWatch::begin(state->fragmentLabel + (file ? " with " + file->path.string() : ""),
+                                   *state->program->secondsPerPixel);
 }
 
 void GLProgram::setUniformValuei(const std::string& name, int value, bool reportMissing) {

@@ -44,9 +44,10 @@ ProgramCache::Outcome ProgramCache::compile(const ProgramTexts& texts) {
     auto begin = std::chrono::steady_clock::now();
     Outcome outcome;
     try {
-        requireHarmless(texts, settings.driver, settings.strict);
+        const auto secondsPerPixel = requireHarmless(texts, settings.driver, settings.strict);
         begin = std::chrono::steady_clock::now(); // a trial is no work of the driver
-        outcome = std::make_shared<CompiledProgram>(CompiledProgram{compileProgram(texts, settings.strict)});
+        outcome = std::make_shared<CompiledProgram>(
+            CompiledProgram{compileProgram(texts, settings.strict), secondsPerPixel});
     } catch (const Failure& failure) {
         if (failure.fault() != Fault::Shader) throw;
         ++counts.failures;

@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <list>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
@@ -29,6 +30,7 @@ struct ProgramTexts {
 /// A program that the driver has linked.
 struct CompiledProgram {
     GLName name;
+    std::optional<double> secondsPerPixel; ///< of one that may come from a user; see requireHarmless
 };
 
 /// What the cache has done since the session began.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "workbench/gl/SceneRenderer.h"
 
+#include "workbench/gl/DrawingWatch.h"
 #include "workbench/gl/PendingErrors.h"
 #include "workbench/gl/PixelTransfer.h"
 #include "workbench/gl/RenderTarget.h"
@@ -63,6 +64,7 @@ std::vector<krod::RGBAHalf> renderTile(RenderSession& session, krod::RenderAble&
     RenderTarget::clear({color[0], color[1], color[2], color[3]});
     loadCamera(setup, tile);
 
+    const DrawingWatch watch(pixelCount(tile.drawnWidth(), tile.drawnHeight()));
     krod::VGLRenderContext context(pool, tile.drawnWidth(), tile.drawnHeight());
     object.render(context);
     krod::GLError::throwPossibleError(Who, "SceneRenderer", 0);

@@ -22,10 +22,15 @@ namespace {
 constexpr std::uint64_t MostMemory = std::uint64_t{4} << 30; // address space of a software driver
 constexpr std::chrono::seconds MostProcessorTime{10};
 
+struct Verdict {
+    std::string why;            ///< it is not drawn with; empty: it is
+    double secondsPerPixel = 0; ///< of a trial
+};
+
 struct Guard {
     std::mutex mutex;
     ShaderGuardSettings settings;
-    std::map<std::string, std::string> verdicts; // by driver and texts: why not; empty for harmless ones
+    std::map<std::string, Verdict> verdicts; // by driver and texts
     bool warned = false;
 };
 
@@ -75,12 +80,11 @@ ChildLimits limitsOf(const ProgramTexts& texts, std::chrono::milliseconds time) 
     return {.time = time, .processorTime = MostProcessorTime, .memory = software ? MostMemory : 0};
 }
 
-/// What is wrong with the program; empty if nothing is.
-std::string verdictOf(const TrialOutcome& outcome) {
+Verdict verdictOf(const TrialOutcome& outcome) {
     if (outcome.kind == TrialOutcome::Kind::Killed)
-        return "ended the shader compiler (" + outcome.reason + ')';
-    if (outcome.kind == TrialOutcome::Kind::TooLong) return "took longer than " + outcome.reason;
-    return "";
+        return {"ended the shader compiler (" + outcome.reason + ')'};
+    if (outcome.kind == TrialOutcome::Kind::TooLong) return {"took longer than " + outcome.reason};
+    return {"", outcome.secondsPerPixel};
 }
 
 TrialOutcome outcomeOf(const ProgramTexts& texts, bool strict, const ShaderGuardSettings& settings) {
@@ -104,7 +108,7 @@ void warnOnce(const std::string& reason) {
 }
 
 /// Looks the program up among those that were tried, and tries it if it is not there.
-std::string verdictOn(const ProgramTexts& texts, const std::string& driver, bool strict,
+Verdict verdictOn(const ProgramTexts& texts, const std::string& driver, bool strict,
                       const ShaderGuardSettings& settings) {
     const std::string key =
         driver + '\0' + (strict ? 's' : ' ') + texts.vertexText + '\0' + texts.fragmentText;
@@ -116,7 +120,7 @@ std::string verdictOn(const ProgramTexts& texts, const std::string& driver, bool
     const TrialOutcome outcome = outcomeOf(texts, strict, settings);
     if (outcome.kind == TrialOutcome::Kind::NotStarted) {
         warnOnce(outcome.reason);
-        return "";
+        return {};
     }
     const std::lock_guard lock(all.mutex);
     return all.verdicts.emplace(key, verdictOf(outcome)).first->second;
@@ -132,23 +136,24 @@ void setShaderGuard(ShaderGuardSettings settings) {
     all.warned = false;
 }
 
-void requireHarmless(const ProgramTexts& texts, const std::string& driver, bool strict) {
-    ShaderGuardSettings settings;
-    {
-        const std::lock_guard lock(guard().mutex);
-        settings = guard().settings;
-    }
+ShaderGuardSettings shaderGuard() {
+    const std::lock_guard lock(guard().mutex);
+    return guard().settings;
+}
+
+std::optional<double> requireHarmless(const ProgramTexts& texts, const std::string& driver, bool strict) {
+    const ShaderGuardSettings settings = shaderGuard();
     if (settings.checkTexts) {
         requireNoObjection(texts.vertexText, texts.vertexLabel);
         requireNoObjection(texts.fragmentText, texts.fragmentLabel);
     }
-    if (settings.worker.empty() || !mayComeFromUser(texts)) return;
-    const std::string verdict = verdictOn(texts, driver, strict, settings);
-    if (verdict.empty()) return;
+    if (!mayComeFromUser(texts)) return {};
+    const Verdict verdict = settings.worker.empty() ? Verdict{} : verdictOn(texts, driver, strict, settings);
+    if (verdict.why.empty()) return verdict.secondsPerPixel;
     const auto file = findShaderFile(texts.fragmentText);
     throw Failure(Fault::Shader,
                   {texts.fragmentLabel,
-                   (file ? "with " + file->path.string() + ", its program " : "its program ") + verdict,
+                   (file ? "with " + file->path.string() + ", its program " : "its program ") + verdict.why,
                    "",
                    "",
                    "",

@@ -2,10 +2,13 @@
 #include "apps/plime/modules/TileChain.h"
 
 #include "workbench/core/InputCreatorRegistry.h"
+#include "workbench/gl/DrawingWatch.h"
 
+#include "host/core/VActionNotifier.h"
 #include "host/gl/GLImageTileProcessor.h"
 
 #include <algorithm>
+#include <regex>
 #include <string_view>
 
 namespace workbench {
@@ -49,6 +52,12 @@ bool asksForPlace(std::string text) {
     for (std::size_t at = text.find(OwnPixel); at != std::string::npos; at = text.find(OwnPixel, at))
         text.erase(at, OwnPixel.size());
     return text.find("gl_TexCoord") != std::string::npos || text.find("gl_FragCoord") != std::string::npos;
+}
+
+/// Whether a program can give a pixel a colour at all: it names one of OpenGL's outputs, or declares its own.
+bool namesAnOutput(const std::string& text) {
+    static const std::regex output("\\bgl_FragColor\\b|\\bgl_FragData\\b|\\bout\\s");
+    return std::regex_search(text, output);
 }
 
 } // namespace
@@ -104,7 +113,17 @@ void TileChain::prepare() {
         const TileStep step(*module);
         step.update(pool);
         processors.push_back(step.processor());
+        warnOfNoOutput(processors.size() - 1);
     }
+}
+
+/// Such a program compiles, and the picture is what the driver's registers hold.
+void TileChain::warnOfNoOutput(std::size_t index) const {
+    const auto* const shader = shaderOf(processors[index]);
+    if (shader && !namesAnOutput(shader->shaderCode()))
+        krod::VActionNotifier::Warning(authorOf(index) +
+                                       ": its program never writes gl_FragColor, so its pixels have no "
+                                       "certain values");
 }
 
 bool TileChain::drawsWithOpenGL() const { return std::ranges::any_of(processors, shaderOf); }
@@ -129,16 +148,25 @@ void TileChain::process(krod::ImageTile& tile) const {
 
 void TileChain::process(std::size_t index, krod::ImageTile& tile) const {
     const ModuleInstance& module = *modules[index];
+    const std::string author = authorOf(index);
+    const auto pixels = static_cast<std::uint64_t>(tile.width()) * static_cast<std::uint64_t>(tile.height());
+    const DrawingWatch watch(pixels, author);
     try {
         inTheNameOf(module, [&] { processors[index]->process(krod::VRenderContext(pool), tile); });
     } catch (const Failure& failure) {
-        const auto* const shader = shaderOf(processors[index]);
-        const std::string origin = shader ? module.originOf(shader->shaderCode()) : "";
-        if (failure.fault() != Fault::Shader || origin.empty()) throw;
+        if (failure.fault() != Fault::Shader || author == module.entry().key) throw;
         Diagnostic message = failure.diagnostic();
-        message.who = module.entry().key + ", " + origin;
+        message.who = author;
         throw Failure(failure.fault(), message);
     }
+}
+
+/// The module, with the parameter that its program comes from where it is one of a user.
+std::string TileChain::authorOf(std::size_t index) const {
+    const ModuleInstance& module = *modules[index];
+    const auto* const shader = shaderOf(processors[index]);
+    const std::string origin = shader ? module.originOf(shader->shaderCode()) : "";
+    return module.entry().key + (origin.empty() ? "" : ", " + origin);
 }
 
 } // namespace workbench

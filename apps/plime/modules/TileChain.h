@@ -46,7 +46,7 @@ public:
     /// The modules, in the order of their work.
     [[nodiscard]] const Modules& instances() const noexcept { return modules; }
 
-    /// Updates every module and takes its processor. Before the first tile.
+    /// Updates every module and takes its processor; warns of programs without an output. Before the first tile.
     void prepare();
     /// Whether one of the processors draws with OpenGL. After prepare().
     [[nodiscard]] bool drawsWithOpenGL() const;
@@ -62,6 +62,8 @@ public:
 
 private:
     void process(std::size_t index, krod::ImageTile& tile) const;
+    [[nodiscard]] std::string authorOf(std::size_t index) const;
+    void warnOfNoOutput(std::size_t index) const;
 
     Modules modules;
     std::vector<krod::StrongPtr<krod::ImageTileProcessor>> processors;

@@ -16,7 +16,7 @@ struct ShaderTrial {
 
 /// What the worker answers; it says nothing if the program has ended it.
 enum class TrialAnswer : char {
-    Drawn = 'd',    ///< compiled, and drew a tile
+    Drawn = 'd',    ///< compiled, and drew tiles; the nanoseconds of a pixel follow
     Refused = 'r',  ///< the compiler refused it with words
     NoOpenGL = 'n', ///< nothing was tried; a sentence follows
 };

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "workbench/gl/worker/WorkerProcess.h"
 
+#include <charconv>
+#include <cstdint>
+
 namespace workbench {
 namespace {
 
@@ -26,6 +29,12 @@ TrialOutcome outcomeOf(const ChildEnding& ending) {
     return {Kind::Killed, "exit code " + std::to_string(ending.number)};
 }
 
+double secondsIn(const std::string& nanoseconds) {
+    std::int64_t number = 0;
+    std::from_chars(nanoseconds.data(), nanoseconds.data() + nanoseconds.size(), number);
+    return 1e-9 * static_cast<double>(number);
+}
+
 } // namespace
 
 TrialOutcome tryInWorker(const std::filesystem::path& worker, const ShaderTrial& trial,
@@ -39,7 +48,7 @@ TrialOutcome tryInWorker(const std::filesystem::path& worker, const ShaderTrial&
     const auto is = [&](TrialAnswer wanted) {
         return !answer.empty() && answer[0] == static_cast<char>(wanted);
     };
-    if (is(TrialAnswer::Drawn)) return {Kind::Drawn, ""};
+    if (is(TrialAnswer::Drawn)) return {Kind::Drawn, "", secondsIn(answer.substr(1))};
     if (is(TrialAnswer::Refused)) return {Kind::Refused, ""};
     if (is(TrialAnswer::NoOpenGL)) return {Kind::NotStarted, answer.substr(1)};
     return outcomeOf(child.wait());

@@ -13,7 +13,7 @@ namespace workbench {
 /// How a trial ended.
 struct TrialOutcome {
     enum class Kind {
-        Drawn,      ///< the program is harmless, as far as one tile tells
+        Drawn,      ///< the program is harmless, as far as two tiles tell
         Refused,    ///< the compiler refuses it with words, and harmlessly
         Killed,     ///< it ended the worker by itself
         TooLong,    ///< the worker was ended for it
@@ -22,6 +22,7 @@ struct TrialOutcome {
 
     Kind kind = Kind::NotStarted;
     std::string reason; ///< with Killed: "signal 11"; with TooLong: than what; with NotStarted: why
+    double secondsPerPixel = 0; ///< with Drawn
 };
 
 /// Starts the worker program and waits for its answer within those limits. The child is gone afterwards, with

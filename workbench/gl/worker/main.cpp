@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// plime-shader-worker: compiles a program and draws one tile with it, in place of the host. The program comes
-// on standard input, one letter goes to standard output. It is started by the host, not by people.
+// plime-shader-worker: compiles a program and draws tiles with it, in place of the host. The program comes on
+// standard input, a letter and a number or text go to standard output. It is started by the host, not by people.
 #include "workbench/gl/Quad.h"
 #include "workbench/gl/RenderSession.h"
 #include "workbench/gl/ShaderGuard.h"
@@ -12,6 +12,8 @@
 
 #include <epoxy/gl.h>
 
+#include <chrono>
+#include <cmath>
 #include <csignal>
 #include <exception>
 #include <string>
@@ -56,19 +58,34 @@ void takeSignalsAsTheyAre() {
     for (const int number : {SIGSEGV, SIGBUS, SIGABRT, SIGFPE, SIGILL}) std::signal(number, SIG_DFL);
 }
 
-/// A tile with all values between 0 and 1, so that many paths of the program are taken.
-void drawTile(const ShaderTrial& trial) {
-    constexpr int Side = 16;
-    const krod::StrongPtr<krod::Chunk<krod::RGBAHalf>> store(new krod::Chunk<krod::RGBAHalf>(Side * Side));
-    for (int i = 0; i < Side * Side; ++i) {
-        const float x = static_cast<float>(i % Side) / (Side - 1);
-        const float y = static_cast<float>(i / Side) / (Side - 1);
+/// Draws a tile with all values between 0 and 1, so that many paths of the program are taken. Returns the
+/// seconds that a pixel took.
+double drawTile(const ShaderTrial& trial, int side) {
+    const int pixels = side * side;
+    const krod::StrongPtr<krod::Chunk<krod::RGBAHalf>> store(
+        new krod::Chunk<krod::RGBAHalf>(static_cast<std::size_t>(pixels)));
+    for (int i = 0; i < pixels; ++i) {
+        const float x = static_cast<float>(i % side) / static_cast<float>(side - 1);
+        const float y = static_cast<float>(i / side) / static_cast<float>(side - 1);
         store->data()[i] = {half_float::half(x), half_float::half(y), half_float::half(x * y),
                             half_float::half(1.0F)};
     }
-    krod::ImageTile tile(Side, Side, store);
+    krod::ImageTile tile(side, side, store);
     const krod::VValuePool pool;
+    const auto begin = std::chrono::steady_clock::now();
     FirstTile(trial).process(krod::VRenderContext(pool), tile);
+    const std::chrono::duration<double> spent = std::chrono::steady_clock::now() - begin;
+    return spent.count() / pixels;
+}
+
+/// A small tile, and a larger one where that takes little time: the more places, the more is tried. The first
+/// drawing does not count, since drivers compile in it.
+double drawTiles(const ShaderTrial& trial) {
+    constexpr int Small = 16, Large = 128;
+    constexpr double LittleTime = 1;
+    static_cast<void>(drawTile(trial, Small));
+    const double secondsPerPixel = drawTile(trial, Small);
+    return secondsPerPixel * Large * Large > LittleTime ? secondsPerPixel : drawTile(trial, Large);
 }
 
 [[noreturn]] void answer(TrialAnswer letter, const std::string& text = "") {
@@ -85,8 +102,8 @@ int main() {
         takeSignalsAsTheyAre();
         setShaderGuard({.checkTexts = false}); // the host has checked what it wants checked
         RenderSession session({.gpu = parseGpuChoice(trial.gpu), .strictGlsl = trial.strict});
-        drawTile(trial);
-        answer(TrialAnswer::Drawn);
+        const double secondsPerPixel = drawTiles(trial);
+        answer(TrialAnswer::Drawn, std::to_string(std::llround(1e9 * secondsPerPixel)));
     } catch (const Failure& failure) {
         answer(failure.fault() == Fault::Shader ? TrialAnswer::Refused : TrialAnswer::NoOpenGL,
                failure.what());
