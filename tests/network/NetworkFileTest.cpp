@@ -211,6 +211,15 @@ TEST(NetworkFile, namesAndTextsOfSeveralLines_areSaidInOneLine) {
         "got \"a b\".");
     EXPECT_EQ(refusal("{\"version\": \"1\\n2\"}").find('\n'), std::string::npos);
     EXPECT_NE(refusal("{\"" + std::string(257, 'x') + "\": 4}").find("is too long"), std::string::npos);
+    EXPECT_EQ(refusal(R"({"version": 1, "shared": [["a\n\tb.c", "d.e"]]})"),
+              "net.json, line 1: a value is shared with the object \"a  b\", which is not there.");
+    std::string letters; // of two bytes, so that the cut falls into one of them at one of the two places
+    for (int i = 0; i < 600; ++i) letters += "ä";
+    for (const std::string before : {"", "x"}) {
+        const std::string said =
+            refusal(R"({"version": 1, "shared": [[")" + before + letters + R"(.c", "d.e"]]})");
+        EXPECT_TRUE(said.ends_with("ä….")) << said;
+    }
 }
 
 TEST(NetworkFile, cycle_isRefusedWithItsPath) {

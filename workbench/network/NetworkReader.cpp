@@ -351,15 +351,24 @@ std::string bytesOf(const std::filesystem::path& file) {
     return bytes;
 }
 
+/// One line of reasonable length: names may hold line ends, and be as long as a whole file.
+std::string readable(const std::string& text) {
+    constexpr std::size_t Most = 1000;
+    constexpr std::string_view White = "\n\r\t\f\v";
+    std::string line;
+    for (const char c : text) {
+        const bool beginsLetter = (static_cast<unsigned char>(c) & 0xc0U) != 0x80U;
+        if (line.size() >= Most && beginsLetter) return line + "…";
+        line += White.find(c) == std::string_view::npos ? c : ' ';
+    }
+    return line;
+}
+
 } // namespace
 
 void refuseNetwork(const std::string& who, NetworkPlace place, const std::string& what,
                    const std::string& expected, const std::string& got, const std::string& advice) {
     const std::string where = place.line > 0 ? who + ", line " + std::to_string(place.line) : who;
-    const auto readable = [](const std::string& text) { // names may be as long as a whole file
-        constexpr std::size_t Most = 1000;
-        return text.size() <= Most ? text : text.substr(0, Most) + "…";
-    };
     throw Failure(Fault::Network,
                   {where, readable(what), readable(expected), readable(got), readable(advice), {}});
 }
