@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "apps/plime/modules/TextFile.h"
+#include "workbench/platform/TextFile.h"
 
 #include "tests/app/FakeModules.h"
 

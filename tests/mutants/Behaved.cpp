@@ -2,3 +2,4 @@
 #include "tests/mutants/Fault.h"
 
 void misbehave() {}
+void forkAndHang() {}

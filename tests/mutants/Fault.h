@@ -19,7 +19,7 @@ enum class Fault {
     CrashInCreate, ExitInCreate, HangInCreate, EndlessOutput, TooMuchMemory, SharedClass, InputCreatorMissing,
     NameIgnored, CreationUnreported, LimitMissing, LimitsCrossed, InitialValueSet, TypeNotRegistered,
     SharedProcessor, ObjectKept, ProcessorKept, MemoryLost, OrderedDestruction, LocaleSet, OutputClosed,
-    ThreadStarted, SignalHandled,
+    ThreadStarted, SignalHandled, ForksAndHangs,
     // work
     ThrowsInUpdate, RefusesLeastValue, InfiniteValue, TextChanges, CommaInText, OneWithoutPoint, DiesWithoutValue,
     DoesNotCompile, PictureChanges, OpenGlErrorLeft, TextureBound, TileChanges, AlphaChanged, OnePixelTooFew,
@@ -50,3 +50,5 @@ inline bool has(Fault one) { return fault == one; }
 [[noreturn]] void die();
 /// Does to the process what a guest should not do; empty where that is not the fault.
 void misbehave();
+/// Never returns, and leaves a process that waits for ever; empty where that is not the fault.
+void forkAndHang();

@@ -90,6 +90,7 @@ void goWrong() {
     if (has(Fault::CrashInCreate) || (has(Fault::DiesAfterFork) && loader != ::getpid())) die();
     if (has(Fault::ExitInCreate)) ::syscall(SYS_exit_group, 0);
     while (has(Fault::HangInCreate)) ::pause();
+    forkAndHang();
     while (has(Fault::EndlessOutput)) std::puts("and on");
     constexpr std::size_t Huge = std::size_t{8} << 30;
     if (has(Fault::TooMuchMemory)) lost = ::operator new(Huge);

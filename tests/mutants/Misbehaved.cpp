@@ -5,6 +5,7 @@
 #include <atomic>
 #include <clocale>
 #include <csignal>
+#include <cstdio>
 
 #include <pthread.h>
 #include <sched.h>
@@ -29,4 +30,13 @@ void misbehave() {
     pthread_t thread{};
     if (has(Fault::ThreadStarted) && ::pthread_create(&thread, nullptr, waitForever, nullptr) == 0)
         while (!waiting) ::sched_yield();
+}
+
+void forkAndHang() {
+    if (!has(Fault::ForksAndHangs)) return;
+    if (::fork() > 0)
+        std::fputs("a process was forked\n", stderr);
+    else
+        ::alarm(300); // where nobody ends it
+    for (;;) ::pause();
 }

@@ -1,10 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 // The command itself: its exit codes, its lists, and files that are no plug-ins.
+#include "tests/platform/TemporaryFolder.h"
 #include "tests/validate/Validation.h"
 
 #include <gtest/gtest.h>
 
-#include <fstream>
+#include <cstdint>
+#include <filesystem>
+
+#include <sys/stat.h>
 
 namespace {
 
@@ -38,9 +42,32 @@ TEST(ValidateCommand, Usage_errors_end_with_2) {
     EXPECT_EQ(run({"validate", TOVAR_PLIME, "--reproduce", "catalogue:1"}).code, 2);
 }
 
-TEST(ValidateCommand, Expectation_that_cannot_be_read_ends_with_3) {
-    EXPECT_EQ(run({"validate", TOVAR_PLIME, "--expect", "/nowhere.json"}).code, 3);
+TEST(ValidateCommand, Expectation_of_another_form_ends_with_3) {
     EXPECT_EQ(run({"validate", TOVAR_PLIME, "--expect", TOVAR_PLIME}).code, 3);
+}
+
+TEST(ValidateCommand, Expectation_that_cannot_be_read_ends_with_one_sentence) {
+    const TemporaryFolder folder;
+    const std::string pipe = folder.path("pipe.json"), large = folder.file("large.json", {});
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    std::filesystem::resize_file(large, (std::uintmax_t{16} << 20U) + 1);
+    const std::string irregular = "something that is no regular file";
+    const std::map<std::string, std::string> sentences = {{pipe, irregular},
+                                                          {folder.path(""), irregular},
+                                                          {"/dev/zero", irregular},
+                                                          {large, "a larger one"},
+                                                          {"/nowhere.json", "No such file or directory"}};
+    for (const auto& [file, got] : sentences)
+        for (const Names& more : {Names{}, Names{"--record"}}) {
+            Names words = {"validate", TOVAR_PLIME, "--expect", file};
+            words.insert(words.end(), more.begin(), more.end());
+            const Result result = run(words);
+            EXPECT_EQ(result.code, 3) << file;
+            EXPECT_EQ(result.output, "");
+            EXPECT_EQ(result.error, "plime: error: " + file +
+                                        ": cannot be read — expected a text file of at most 16 MiB, got " +
+                                        got + ".\n");
+        }
 }
 
 TEST(ValidateCommand, Files_that_are_no_library_are_a_finding) {
@@ -75,6 +102,19 @@ TEST(ValidateCommand, Reproduce_repeats_one_check_with_its_seed) {
               "plime validate " MUTANT_FOLDER "/RefusesLeastValue.so --reproduce update:17");
     const Validation second = validation(MUTANT_FOLDER "/RefusesLeastValue.so", {"--reproduce", "update:17"});
     EXPECT_EQ(first.report, second.report);
+}
+
+TEST(ValidateCommand, Text_tells_the_seed_of_what_draws_values_where_it_passes_too) {
+    const Result all = run({"validate", MUTANT_FOLDER "/None.so", "--level", "4"});
+    EXPECT_EQ(all.code, 0) << all.output;
+    const std::size_t line = all.output.find("pass     destruction-order:");
+    ASSERT_NE(line, std::string::npos) << all.output;
+    const std::string passed = all.output.substr(line, all.output.find('\n', line) - line);
+    EXPECT_NE(all.output.find("pass     creation\n"), std::string::npos) << all.output;
+    const std::string word = passed.substr(passed.rfind(' ') + 1);
+    const Result again = run({"validate", MUTANT_FOLDER "/None.so", "--reproduce", word});
+    EXPECT_EQ(again.output, passed + "\n1 checks: 1 passed, 0 with a warning, 0 with a finding, 0 skipped\n");
+    EXPECT_EQ(again.code, 0);
 }
 
 TEST(ValidateCommand, Text_says_what_is_wrong_and_how_often) {

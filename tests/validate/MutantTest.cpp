@@ -6,9 +6,14 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <ostream>
 #include <string>
 #include <vector>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <unistd.h>
 
 namespace {
 
@@ -83,6 +88,7 @@ const std::vector<Mutant> Quick = {
 const std::vector<Mutant> Slow = {
     {"HangInCreate", 4, "creation", "timeout"},
     {"EndlessOutput", 4, "creation", "timeout"},
+    {"ForksAndHangs", 4, "creation", "timeout"},
 };
 
 const std::vector<Mutant> Working = {
@@ -189,6 +195,24 @@ TEST_P(SlowMutant, Is_stopped_when_its_time_is_over) {
     expectFoundByOne(GetParam(), {{"KROD_VALIDATE_SECONDS", "3"}});
 }
 INSTANTIATE_TEST_SUITE_P(Validate, SlowMutant, testing::ValuesIn(Slow), nameOf);
+
+TEST(ForkingMutant, Is_stopped_with_the_process_that_it_has_forked) {
+    std::array<int, 2> pipe{};
+    ASSERT_EQ(::pipe(pipe.data()), 0);
+    ::fcntl(pipe[0], F_SETFD,
+            FD_CLOEXEC); // every process of the run gets the end to write, and none this one
+    const Validation found =
+        validation(pathOf("ForksAndHangs"), {"--reproduce", "creation:1"}, {{"KROD_VALIDATE_SECONDS", "3"}});
+    ::close(pipe[1]);
+    EXPECT_EQ(found.kindOf("creation"), "timeout") << found.findings();
+    EXPECT_EQ(found.findings(), "timeout creation: its process had not ended after 3 seconds\n"
+                                "    a process was forked\n");
+    constexpr int Patience = 60'000; // milliseconds, which only pass when a process is left
+    pollfd end{pipe[0], POLLIN, 0};
+    EXPECT_EQ(::poll(&end, 1, Patience), 1) << "a process is left";
+    EXPECT_EQ(end.revents, POLLHUP);
+    ::close(pipe[0]);
+}
 
 class WholeMutant : public testing::TestWithParam<Mutant> {};
 TEST_P(WholeMutant, Is_found_by_the_check_in_charge_and_no_other) { expectFoundByOne(GetParam()); }

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "workbench/validate/Expectation.h"
 
+#include "workbench/platform/TextFile.h"
 #include "workbench/report/Failure.h"
 
 #include <algorithm>
-#include <fstream>
 #include <optional>
 #include <utility>
 
@@ -61,9 +61,7 @@ void compareLists(Trial& trial, const std::string& label, const char* what, cons
 } // namespace
 
 Json readExpectation(const std::filesystem::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    if (!file) throw Failure(Fault::Input, {path.string(), "cannot be read", "", "", "", {}});
-    Json json = Json::parse(file, nullptr, false);
+    Json json = Json::parse(readTextFile(path.string()), nullptr, false);
     if (json.is_discarded()) refuse(path, "is no expectation file", "something that is no JSON");
     const auto modules = json.is_object() ? json.find("modules") : json.end();
     const auto isModule = [](const Json& module) { return module.is_object() && module.contains("key"); };

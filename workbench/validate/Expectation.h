@@ -14,7 +14,7 @@
 namespace workbench::validate {
 
 /// Reads an expectation file: {"modules": [...]}, in the order of registration. Throws Failure(Input) for a
-/// file that cannot be read or has another form.
+/// file that cannot be read, is no regular file, is larger than 16 MiB or has another form.
 [[nodiscard]] nlohmann::json readExpectation(const std::filesystem::path& path);
 
 /// "Display/Depth@DisplayDepth" of an expected module.

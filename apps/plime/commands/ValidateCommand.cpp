@@ -6,13 +6,13 @@
 #include "apps/plime/terminal/Json.h"
 #include "apps/plime/terminal/Numbers.h"
 #include "apps/plime/terminal/Text.h"
+#include "workbench/platform/TextFile.h"
 #include "workbench/validate/Expectation.h"
 #include "workbench/validate/Recording.h"
 #include "workbench/validate/Validator.h"
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
 #include <system_error>
 
 namespace workbench {
@@ -32,8 +32,9 @@ catalogue, 4 objects, 5 normal work, 6 hostile values, 7 OpenGL under stress,
 8 many lives, 9 faults around it, 10 ten minutes of drawn operations. A plug-in
 that passes level 5 works; before it is given away it should pass level 9.
 
-Prints one line for each check: pass, warn, fail, crash, timeout or skip. Ends
-with exit code 0 when nothing has to be repaired, and 1 when something has.
+Prints one line for each check: pass, warn, fail, crash, timeout or skip. A check
+that draws values and passes is printed as TEST:SEED. Ends with exit code 0 when
+nothing has to be repaired, and 1 when something has.
 
   --level N              run the checks up to this level, 1 to 10; 5 if left out
   --expect FILE          compare with what this file expects of the plug-in
@@ -155,7 +156,7 @@ private:
                 Fault::Usage,
                 {"--record", "completes an expectation file", "", "", "Name one with --expect", {}});
         const Subject what = subject(session);
-        return record(what, Json::parse(std::ifstream(*expect)));
+        return record(what, Json::parse(readTextFile(*expect)));
     }
 
     Subject subject(const Session& session) const {
@@ -187,12 +188,15 @@ private:
 
     [[nodiscard]] std::string lineOf(const Result& result) const {
         const Outcome& outcome = result.outcome;
+        const bool drawn = result.check->random && outcome.kind != Kind::Skip;
         std::string text = padded(kindText(outcome.kind), KindColumns) + "  ";
-        if (outcome.kind == Kind::Pass) return text + std::string(result.check->name) + '\n';
+        if (outcome.kind == Kind::Pass)
+            return text + (drawn ? repeatText(*result.check, result.seed) : std::string(result.check->name)) +
+                   '\n';
         text += padded(result.check->name, NameColumns) + "  " + printable(outcome.sentence) + ".\n";
         const std::string indent(KindColumns + NameColumns + 4, ' ');
         for (const std::string& detail : outcome.details) text += indent + printable(detail) + '\n';
-        if (result.check->random && isFinding(outcome.kind)) text += indent + command(result) + '\n';
+        if (drawn) text += indent + command(result) + '\n';
         return text;
     }
 

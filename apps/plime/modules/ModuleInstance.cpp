@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "apps/plime/modules/ModuleInstance.h"
 
-#include "apps/plime/modules/TextFile.h"
 #include "apps/plime/terminal/Suggest.h"
 #include "apps/plime/terminal/Text.h"
 #include "workbench/gl/ArrayLimit.h"
+#include "workbench/platform/TextFile.h"
 
 #include <algorithm>
 #include <new>

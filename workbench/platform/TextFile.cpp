@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "apps/plime/modules/TextFile.h"
+#include "workbench/platform/TextFile.h"
 
+#include "workbench/platform/Descriptor.h"
 #include "workbench/report/Failure.h"
 
 #include <array>
@@ -16,16 +17,6 @@ namespace {
 
 constexpr std::size_t LargestFile = std::size_t{16} << 20U;
 
-struct Descriptor {
-    int number;
-    explicit Descriptor(int number) : number(number) {}
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor() {
-        if (number >= 0) ::close(number);
-    }
-};
-
 [[noreturn]] void fail(const std::string& path, const std::string& got) {
     throw Failure(Fault::Input, {path, "cannot be read", "a text file of at most 16 MiB", got, "", {}});
 }
@@ -34,14 +25,14 @@ struct Descriptor {
 
 std::string readTextFile(const std::string& path) {
     const Descriptor file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
-    if (file.number < 0) fail(path, std::generic_category().message(errno));
+    if (file.get() < 0) fail(path, std::generic_category().message(errno));
     struct stat about {};
-    if (::fstat(file.number, &about) != 0 || !S_ISREG(about.st_mode))
+    if (::fstat(file.get(), &about) != 0 || !S_ISREG(about.st_mode))
         fail(path, "something that is no regular file");
     std::string text;
     std::array<char, 65536> buffer;
     while (true) {
-        const ssize_t count = ::read(file.number, buffer.data(), buffer.size());
+        const ssize_t count = ::read(file.get(), buffer.data(), buffer.size());
         if (count < 0 && errno == EINTR) continue;
         if (count < 0) fail(path, std::generic_category().message(errno));
         if (count == 0) return text;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Texts that parameters take from files.
+// Texts that people hand over in files.
 #pragma once
 
 #include <string>
