@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Many damaged pictures of each format: damage in the first 2,048 bytes, where the head lies, and in windows that
 // slide over the file. This process reads on, and each of them ends in rows or in one line.
+#include "Damage.h"
 #include "FilesTest.h"
 
 #include <OpenEXR/ImfChannelList.h>
@@ -11,30 +12,18 @@
 #include <OpenEXR/ImfTileDescription.h>
 #include <OpenEXR/ImfTiledOutputFile.h>
 
-#include <algorithm>
-#include <cstdio>
-#include <map>
-#include <random>
-
 using namespace workbench;
 
 namespace {
 
 constexpr int Width = 100, Height = 80;
 
-/// What came of the damaged files.
-using Outcomes = std::map<std::string, int>;
-
-struct Amount {
-    int heads, windows;
-};
-
 struct Campaign {
     std::string name;
-    Amount amount;
+    DamageAmount amount;
 };
 
-constexpr Amount Short{100, 100}, Long{3000, 5000};
+constexpr DamageAmount Short{100, 100}, Long{3000, 5000};
 
 std::map<std::string, Imf::Compression> compressions() {
     return {{"none", Imf::NO_COMPRESSION},     {"rle", Imf::RLE_COMPRESSION},
@@ -91,14 +80,6 @@ protected:
         return read(path);
     }
 
-    /// Changes up to a tenth of the bytes between two places.
-    std::string damaged(std::string bytes, std::size_t from, std::size_t to) {
-        const std::size_t most = std::max<std::size_t>((to - from) / 10, 1);
-        for (std::size_t left = 1 + random() % most; left > 0; --left)
-            bytes[from + random() % (to - from)] = static_cast<char>(random());
-        return bytes;
-    }
-
     /// Reads a damaged picture, and says what came of it.
     std::string outcome(const std::string& bytes) const {
         const auto path = write("damaged." + extension(), bytes);
@@ -120,31 +101,20 @@ protected:
             return line.find("no answer of the decoder") != std::string::npos ? "hung" : "refused";
         }
     }
-
-    std::mt19937 random{1};
 };
 
 TEST_P(DamageCampaign, Picture_thatIsDamaged_endsInRowsOrInOneLine) {
     const std::string good = goodBytes();
     ASSERT_EQ(outcome(good), "read");
-    Outcomes outcomes;
-    constexpr std::size_t Magic = 4, Head = 2048;
-    for (int i = 0; i < GetParam().amount.heads; ++i)
-        ++outcomes[outcome(damaged(good, Magic, std::min(Head, good.size())))];
-    const std::size_t window = std::max<std::size_t>(good.size() / 50, 16);
-    for (int i = 0; i < GetParam().amount.windows; ++i) {
-        const std::size_t from = Magic + (good.size() - window - Magic) * static_cast<std::size_t>(i) /
-                                             static_cast<std::size_t>(GetParam().amount.windows);
-        ++outcomes[outcome(damaged(good, from, from + window))];
-    }
-    std::string record = GetParam().name + ':';
-    for (const auto& [what, count] : outcomes) record += ' ' + std::to_string(count) + ' ' + what + ',';
-    std::printf("%s\n", record.c_str());
+    constexpr std::size_t Head = 2048;
+    Outcomes outcomes = outcomesOfDamage(good, Head, GetParam().amount,
+                                         [this](const std::string& bytes) { return outcome(bytes); });
+    const std::string record = recordOf(GetParam().name, outcomes);
     EXPECT_GT(outcomes["refused"], 0) << record;
     EXPECT_EQ(outcome(good), "read") << "after all of them";
 }
 
-std::vector<Campaign> campaigns(Amount amount) {
+std::vector<Campaign> campaigns(DamageAmount amount) {
     std::vector<Campaign> all;
     for (const auto& [name, compression] : compressions()) all.push_back({name, amount});
     for (const char* const name : {"png", "jpg", "tif", "hdr"}) all.push_back({name, amount});

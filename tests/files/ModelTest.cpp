@@ -1,9 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "FilesTest.h"
-
-#include "workbench/files/Model.h"
-
-#include <glm/geometric.hpp>
+#include "ModelOutcome.h"
 
 #include <array>
 #include <cmath>
@@ -16,26 +12,6 @@ class ModelTest : public FilesTest {
 protected:
     static std::filesystem::path sample(const std::string& name) {
         return packaged("/usr/share/assimp/models/" + name, "assimp-testmodels");
-    }
-    static std::size_t triangles(const Model& model) {
-        std::size_t count = 0;
-        for (const auto& mesh : model.meshes) count += mesh.triangles.size() / 3;
-        return count;
-    }
-    static void expectSound(const Model& model) {
-        ASSERT_FALSE(model.meshes.empty());
-        for (const auto& mesh : model.meshes) {
-            ASSERT_EQ(mesh.normals.size(), mesh.positions.size());
-            ASSERT_TRUE(mesh.colours.empty() || mesh.colours.size() == mesh.positions.size());
-            for (const auto index : mesh.triangles) ASSERT_LT(index, mesh.positions.size());
-            for (const auto& position : mesh.positions)
-                ASSERT_TRUE(std::isfinite(position.x) && std::isfinite(position.y) &&
-                            std::isfinite(position.z));
-            for (const auto& normal : mesh.normals) {
-                const float length = glm::length(normal);
-                ASSERT_TRUE(length == 0 || std::abs(length - 1) < 1e-4F) << length;
-            }
-        }
     }
 };
 
@@ -55,9 +31,9 @@ TEST_F(ModelTest, Model_filesOfManyFormats_areSound) {
 }
 
 TEST_F(ModelTest, Model_knownFiles_haveTheirTriangles) {
-    EXPECT_EQ(triangles(readModel(sample("Collada/duck.dae"))), 4212U);
+    EXPECT_EQ(trianglesOf(readModel(sample("Collada/duck.dae"))), 4212U);
     EXPECT_EQ(readModel(sample("OBJ/spider.obj")).meshes.size(), 19U);
-    EXPECT_EQ(triangles(readModel(sample("OFF/Cube.off"))), 12U);
+    EXPECT_EQ(trianglesOf(readModel(sample("OFF/Cube.off"))), 12U);
 }
 
 TEST_F(ModelTest, Model_vertexColours_areRead) {
@@ -116,7 +92,7 @@ TEST_F(ModelTest, Model_verticesThatAreNotFinite_areDroppedWithTheirTriangles) {
     const Model model = readModel(path);
     expectSound(model);
     EXPECT_EQ(model.droppedVertices, 1U);
-    EXPECT_EQ(triangles(model), 1U);
+    EXPECT_EQ(trianglesOf(model), 1U);
 }
 
 TEST_F(ModelTest, Model_whoseVerticesAreAllInfinite_isRefused) {

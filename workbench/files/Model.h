@@ -27,7 +27,7 @@ struct Mesh {
 struct Model {
     std::vector<Mesh> meshes;
     std::uint64_t droppedVertices =
-        0; ///< vertices that were left out, with their triangles, since not finite
+        0; ///< vertices that were left out, with their triangles, since place or colour is not finite
 };
 
 /// What the import of one model may take.

@@ -31,7 +31,10 @@ glm::vec4 colour(const aiColor4D& c) { return {c.r, c.g, c.b, c.a}; }
 
 bool isFinite(const glm::vec3& v) { return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z); }
 
-/// White where the file names no material: the importer's own grey would darken the colours of the vertices.
+bool isFinite(const glm::vec4& v) { return isFinite(glm::vec3(v)) && std::isfinite(v.w); }
+
+/// White where the file names no material, for the importer's own grey would darken the colours of the vertices,
+/// and where its colour is not finite.
 glm::vec4 materialColour(const aiScene& scene, unsigned index) {
     if (index >= scene.mNumMaterials) return glm::vec4(1.0F);
     const aiMaterial& material = *scene.mMaterials[index];
@@ -42,7 +45,7 @@ glm::vec4 materialColour(const aiScene& scene, unsigned index) {
     aiColor4D diffuse;
     const bool found = material.Get(AI_MATKEY_COLOR_DIFFUSE, diffuse) == aiReturn_SUCCESS ||
                        material.Get(AI_MATKEY_BASE_COLOR, diffuse) == aiReturn_SUCCESS;
-    return found ? colour(diffuse) : glm::vec4(1.0F);
+    return found && isFinite(colour(diffuse)) ? colour(diffuse) : glm::vec4(1.0F);
 }
 
 /// Copies one mesh through a node's transform and leaves out what is not finite.
@@ -121,16 +124,18 @@ Model flattened(const aiScene& scene) {
     return model;
 }
 
-/// Takes out the faces of a mesh with a vertex that is not finite, before any step compares positions: a NaN
-/// passes for equal to any other number there, and its vertex would be joined with a sound one. Returns the
-/// number of such vertices.
+/// Takes out the faces of a mesh with a vertex whose place or colour is not finite, before any step compares them:
+/// a NaN passes for equal to any other number there, and its vertex would be joined with a sound one. Returns
+/// the number of such vertices.
 std::uint64_t dropInfinite(aiMesh& mesh) {
     std::vector<bool> broken(mesh.mNumVertices);
     std::uint64_t dropped = 0;
     for (unsigned i = 0; i < mesh.mNumVertices; ++i) {
-        if (isFinite(vector(mesh.mVertices[i]))) continue;
+        const bool soundColour = !mesh.mColors[0] || isFinite(colour(mesh.mColors[0][i]));
+        if (soundColour && isFinite(vector(mesh.mVertices[i]))) continue;
         broken[i] = true;
         mesh.mVertices[i] = aiVector3D();
+        if (!soundColour) mesh.mColors[0][i] = aiColor4D();
         ++dropped;
     }
     if (dropped == 0) return 0;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The libraries behind OpenImageIO print lines of their own; what they mean is told in our sentence.
+// The libraries behind OpenImageIO and assimp print lines of their own; what they mean is told in our sentence.
 #pragma once
 
 #include <fcntl.h>

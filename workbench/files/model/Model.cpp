@@ -5,6 +5,7 @@
 #include "workbench/files/Reason.h"
 #include "workbench/files/codec/CodecLibrary.h"
 #include "workbench/files/codec/ModelCodec.h"
+#include "workbench/files/codec/QuietErrors.h"
 #include "workbench/files/model/ModelTransfer.h"
 #include "workbench/report/Failure.h"
 
@@ -85,6 +86,7 @@ void limitMemory(std::uint64_t memory) {
                                 std::uint64_t memory, int result) {
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
     for (const int number : {SIGINT, SIGTERM, SIGSEGV, SIGABRT, SIGBUS, SIGFPE}) ::signal(number, SIG_DFL);
+    const QuietErrors quiet; // what the importer or the C library prints on the way to a crash
     bool sent = false;
     try {
         limitMemory(memory);
