@@ -186,6 +186,9 @@ TEST_F(PlimeInput, valuesOfOptions_areChecked) {
           "degrees");
     wrong("--up", "y", "cannot be read — expected X,Y,Z, a direction in world units");
     wrong("--background", "1,2", "cannot be read — expected R,G,B[,A], linear values");
+    for (const std::string value : {"1e300,0,0,1", "0,0,-3.5e38", "0,0,0,1e39"})
+        wrong("--background", value, "is beyond what can be drawn — expected values of single precision");
+    wrong("--background", "inf,0,0", "cannot be read — expected R,G,B[,A], linear values");
     wrong("--tile", "8", "has a wrong value — expected a whole number from 16 to 16384");
     wrong("--overlap", "-1", "has a wrong value — expected a whole number from 0 to 4096");
     for (const std::string value : {"many", "0", "-4"})

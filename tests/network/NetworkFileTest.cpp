@@ -317,17 +317,6 @@ TEST(NetworkFile, changedPaths_areThoseOfFilesAndPictures) {
     EXPECT_EQ(network.views[1].picture, "x/sky \"1\".exr");
 }
 
-TEST(NetworkFile, whatCouldNotBeReadAgain_isNotSaved_andBrokenUtf8IsWrittenAsSuch) {
-    Network network = networkFromText(Good, "net.json");
-    network.objects[0].parameters[0].text = "bell \a";
-    const std::filesystem::path file =
-        std::filesystem::temp_directory_path() / ("network-test-" + std::to_string(getpid()) + ".json");
-    EXPECT_THROW(saveNetwork(network, file), Failure);
-    EXPECT_FALSE(std::filesystem::exists(file));
-    network.objects[0].parameters[0].text = "9\xff";
-    EXPECT_EQ(networkFromText(textOf(network), "net.json").objects[0].parameters[0].text, "9\xef\xbf\xbd");
-}
-
 TEST(NetworkFile, savedFile_readsBackAndLeavesNothingElse) {
     const std::filesystem::path folder =
         std::filesystem::temp_directory_path() / ("network-test-" + std::to_string(getpid()));

@@ -2,6 +2,7 @@
 #include "workbench/network/JsonTree.h"
 
 #include "workbench/network/NetworkFile.h"
+#include "workbench/network/PlainText.h"
 
 #include <nlohmann/json.hpp>
 
@@ -15,9 +16,7 @@ namespace workbench {
 namespace {
 
 constexpr std::size_t ShownBytes = 60;
-constexpr std::size_t LongestName = 256; // of a member
 constexpr std::string_view Digits = "0123456789+-eE.";
-constexpr std::string_view White = "\n\r\t\f\v"; // what programs may hold between words
 
 /// Counts the lines of what it walks over. A line end counts once the next character is read, since the
 /// lexer looks one character beyond a number.
@@ -88,9 +87,9 @@ public:
     bool end_array() override { return end(); }
     bool key(string_t& name) override {
         requirePlain(name);
-        if (name.size() > LongestName || name.find_first_of(White) != std::string::npos)
+        if (name.size() > LongestMember || name.find_first_of(White) != std::string::npos)
             refuse("holds a name that is too long or has line ends",
-                   "at most " + std::to_string(LongestName) + " bytes",
+                   "at most " + std::to_string(LongestMember) + " bytes",
                    JsonTree{JsonTree::Kind::Text, 0, false, 0, name}.shown());
         if (!open.back().names.insert(name).second)
             refuse('"' + shortened(name) + "\" stands twice in one object");
@@ -137,12 +136,7 @@ private:
         if (text.size() > NetworkLimits::TextBytes)
             refuse("holds a text that is too long", std::to_string(NetworkLimits::TextBytes) + " bytes",
                    std::to_string(text.size()));
-        const auto isControl = [&](const char& c) {
-            if (c == '\x7f') return true;
-            if (static_cast<unsigned char>(c) < ' ') return White.find(c) == std::string_view::npos;
-            return c == '\xc2' && (&c)[1] < '\xa0'; // U+0080 to U+009F; the text is UTF-8
-        };
-        if (std::ranges::any_of(text, isControl)) refuse("holds a text with control characters");
+        if (flawOf(text)) refuse("holds a text with control characters"); // the parser knows UTF-8
     }
 
     bool add(JsonTree value) {

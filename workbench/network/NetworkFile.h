@@ -31,12 +31,21 @@ struct NetworkLimits {
 [[nodiscard]] Network readNetwork(const std::filesystem::path& file);
 
 /// Several lines for files, one line for what is kept inside of a picture. Reading a text and writing it
-/// again gives the same bytes as writing it first. Bytes that are no UTF-8 become U+FFFD.
+/// again gives the same bytes as writing it first. Throws Failure(Network) for a text or a number that cannot be
+/// written as it is: "<object>.<parameter>: cannot be saved as it is …". Nothing is ever replaced.
 enum class NetworkLayout { Lines, OneLine };
 [[nodiscard]] std::string textOf(const Network& network, NetworkLayout layout = NetworkLayout::Lines);
 
+/// The same, and certainly a text that is read as this network. Throws Failure(Network) for every other network;
+/// `who`, unless it is empty, comes before what the sentence is about.
+[[nodiscard]] std::string exactTextOf(const Network& network, NetworkLayout layout,
+                                      const std::string& who = "");
+
+/// Bytes that differ where networks differ, whatever their texts hold. To compare them by, not to be read.
+[[nodiscard]] std::string fingerprintOf(const Network& network);
+
 /// Writes a file, complete or not at all. Throws Failure(Output), and Failure(Network) for a network that could not
-/// be read again.
+/// be read again as it is.
 void saveNetwork(const Network& network, const std::filesystem::path& file, bool noClobber = false);
 
 /// The failure of something at a place: "<who>, line <n>: <what> …".

@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "workbench/files/OutputFile.h"
+#include "workbench/network/NetworkCheck.h"
 #include "workbench/network/NetworkFile.h"
+#include "workbench/report/Failure.h"
 
 #include "host/values/VValueTrait.h"
 
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <cstdint>
 
 namespace workbench {
 namespace {
@@ -65,8 +68,7 @@ Json toJson(const Network& network) {
     return json;
 }
 
-/// Bytes that are no UTF-8 become U+FFFD, so that a picture of whatever file can keep its network.
-std::string lineOf(const Json& json) { return json.dump(-1, ' ', false, Json::error_handler_t::replace); }
+std::string lineOf(const Json& json) { return json.dump(); }
 
 bool isPlain(const Json& value) { return !value.is_structured(); }
 
@@ -94,6 +96,7 @@ void append(std::string& text, const Json& json, std::size_t level) {
 } // namespace
 
 std::string textOf(const Network& network, NetworkLayout layout) {
+    requireWritable(network);
     const Json json = toJson(network);
     if (layout == NetworkLayout::OneLine) return lineOf(json);
     std::string text;
@@ -101,9 +104,28 @@ std::string textOf(const Network& network, NetworkLayout layout) {
     return text + '\n';
 }
 
+std::string exactTextOf(const Network& network, NetworkLayout layout, const std::string& who) {
+    bool isWritten = false;
+    try {
+        std::string text = textOf(network, layout);
+        isWritten = true;
+        if (textOf(networkFromText(text, ""), layout) == text) return text;
+    } catch (const Failure& failure) {
+        Diagnostic message = failure.diagnostic();
+        if (isWritten) message.who = "the network"; // the lines of its text are nowhere to be seen
+        if (!who.empty()) message.who = who + ", " + message.who;
+        throw Failure(failure.fault(), message);
+    }
+    refuseNetwork(who.empty() ? "the network" : who, {}, "would be read as another network");
+}
+
+std::string fingerprintOf(const Network& network) {
+    const std::vector<std::uint8_t> bytes = Json::to_cbor(toJson(network)); // which takes texts as bytes
+    return {bytes.begin(), bytes.end()};
+}
+
 void saveNetwork(const Network& network, const std::filesystem::path& file, bool noClobber) {
-    const std::string text = textOf(network);
-    static_cast<void>(networkFromText(text, file.string())); // what cannot be read again is not written
+    const std::string text = exactTextOf(network, NetworkLayout::Lines, file.string());
     OutputFile output(file, noClobber);
     output.write(text);
     output.finish();

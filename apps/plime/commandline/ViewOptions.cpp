@@ -8,6 +8,8 @@
 #include "host/values/VValueTrait.h"
 
 #include <algorithm>
+#include <cmath>
+#include <limits>
 #include <vector>
 
 namespace workbench {
@@ -45,6 +47,14 @@ glm::dvec3 point(const std::string& text, const std::string& option, const std::
                  const std::string& whole) {
     const std::vector<double> xyz = numbers(text, 3, 3, option, expected, whole);
     return {xyz[0], xyz[1], xyz[2]};
+}
+
+float singlePrecision(double value, const std::string& option, const std::string& whole) {
+    if (std::abs(value) > std::numeric_limits<float>::max())
+        throw Failure(
+            Fault::Usage,
+            {option, "is beyond what can be drawn", "values of single precision", '"' + whole + '"', "", {}});
+    return static_cast<float>(value);
 }
 
 void readSize(const std::string& text, FrameSetup& setup) {
@@ -119,7 +129,8 @@ FrameSetup ViewOptions::frameOf(const krod::BoundingSphere& bounds) const {
                                        setup.camera.fieldOfView, bounds);
     if (background) {
         const auto rgba = numbers(*background, 3, 4, "--background", "R,G,B[,A], linear values", *background);
-        for (std::size_t i = 0; i < rgba.size(); ++i) setup.background[i] = static_cast<float>(rgba[i]);
+        for (std::size_t i = 0; i < rgba.size(); ++i)
+            setup.background[i] = singlePrecision(rgba[i], "--background", *background);
     }
     return setup;
 }

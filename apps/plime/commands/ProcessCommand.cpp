@@ -122,10 +122,10 @@ public:
         Provenance provenance;
         for (const auto& module : chain.instances()) provenance.addProcessor(*module);
         OpenGLOnDemand openGL(session.options());
-        PictureProcessing processing(session, openGL, chain, wish, tiling, provenance, resume);
+        NetworkOutput networks = networksOf(session, jobs);
+        PictureProcessing processing(session, openGL, chain, wish, tiling, provenance, networks, resume);
         if (network || (inputs.size() == 1 && !pattern.hasPlaceholder())) {
-            const NetworkOutput saved(network, jobs.front().output, session.options().noClobber);
-            saved.save(processing.process(jobs.front()));
+            networks.save(processing.process(jobs.front()));
         } else {
             processAll(session, processing, jobs, !pattern.hasExtension());
         }
@@ -133,6 +133,11 @@ public:
     }
 
 private:
+    [[nodiscard]] NetworkOutput networksOf(Session& session, const std::vector<PictureJob>& jobs) const {
+        if (!network) return {session.report(), jobs.size()};
+        return {session.report(), network, jobs.front().output, session.options().noClobber};
+    }
+
     /// Throws Failure(Partial) when some of the pictures failed.
     static void processAll(Session& session, PictureProcessing& processing,
                            const std::vector<PictureJob>& jobs, bool sameFormat) {

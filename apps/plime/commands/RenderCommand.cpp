@@ -168,9 +168,9 @@ private:
 
     void draw(Session& session, const ModuleInstance& scene, const Displays& displays,
               const TileChain& chain) const {
-        const NetworkOutput saved(network, *wish.path, session.options().noClobber);
+        NetworkOutput networks(session.report(), network, *wish.path, session.options().noClobber);
         Provenance provenance;
-        RenderTask task{scene, *input, {}, chain, pool, view, wish, resume};
+        RenderTask task{scene, *input, {}, chain, pool, view, wish, networks, resume};
         std::string last = provenance.add(scene);
         for (const auto& display : displays) {
             last = provenance.add(*display, last);
@@ -180,7 +180,7 @@ private:
         for (const auto& module : chain.instances()) provenance.addProcessor(*module);
         OpenGLOnDemand openGL(session.options());
         renderToFile(session, openGL, task, provenance);
-        saved.save(provenance.network());
+        networks.save(provenance.network());
         session.noteShaderFiles();
     }
 

@@ -77,10 +77,11 @@ public:
         modules.set(settings, limits);
         network = modules.network();
         OpenGLOnDemand openGL(session.options());
+        NetworkOutput networks(session.report(), outputs.size());
         for (std::size_t i = 0; i < outputs.size(); ++i) {
             wishFor(outputs[i], network.views[i], asked, session.report());
             try {
-                make(session, openGL, modules, partFor(network, network.views[i]));
+                make(session, openGL, modules, partFor(network, network.views[i]), networks);
             } catch (const Failure& failure) {
                 if (failure.fault() != Fault::Interrupted || outputs.size() == 1) throw;
                 throw interruptedAfter(i, outputs.size(), failure);
@@ -122,13 +123,14 @@ private:
     }
 
     /// Makes the picture of a network's only view.
-    void make(Session& session, OpenGLOnDemand& openGL, const NetworkModules& modules, Network part) {
+    void make(Session& session, OpenGLOnDemand& openGL, const NetworkModules& modules, Network part,
+              NetworkOutput& networks) {
         const NetworkView shown = part.views.front();
         TileChain chain(modules.processorsOf(shown));
         chain.prepare();
         Provenance provenance(std::move(part));
         if (shown.shows.empty()) {
-            PictureProcessing processing(session, openGL, chain, wish, tilingOf(shown), provenance);
+            PictureProcessing processing(session, openGL, chain, wish, tilingOf(shown), provenance, networks);
             processing.process({shown.picture, *wish.path});
             return;
         }
@@ -140,7 +142,8 @@ private:
         const auto file = object.scene->object().slots().input("file");
         const std::string input = file ? file->value().text() : shown.name;
         renderToFile(session, openGL,
-                     {*object.scene, input, object.displays, chain, pool, view, wish, resume}, provenance);
+                     {*object.scene, input, object.displays, chain, pool, view, wish, networks, resume},
+                     provenance);
     }
 
     [[nodiscard]] TilingWish tilingOf(const NetworkView& shown) const {

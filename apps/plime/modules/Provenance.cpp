@@ -43,6 +43,19 @@ std::string pathFrom(const fs::path& folder, const std::string& typed) {
     return real.lexically_relative(from).string();
 }
 
+/// Whether the network could be written if its picture were called otherwise.
+bool hasUnsavableName(Network network) {
+    std::string& picture = network.views.front().picture;
+    if (picture.empty()) return false;
+    picture = "picture";
+    try {
+        static_cast<void>(exactTextOf(network, NetworkLayout::OneLine));
+        return true;
+    } catch (const Failure&) {
+        return false;
+    }
+}
+
 } // namespace
 
 NetworkObject describe(const std::string& name, const ModuleInstance& module, const std::string& input) {
@@ -82,15 +95,15 @@ void Provenance::setFrame(const FrameSetup& setup) {
         view().tiles = {setup.tiles.size, setup.tiles.size, setup.tiles.overlap};
 }
 
-std::string Provenance::text() const {
+Network Provenance::kept() const {
     Network named = made;
     changePaths(named, [](const std::string& path) { return fs::path(path).filename().string(); });
-    return textOf(named, NetworkLayout::OneLine);
+    return named;
 }
 
-NetworkOutput::NetworkOutput(const std::optional<std::string>& path, const std::string& picture,
-                             bool noClobber)
-    : noClobber(noClobber) {
+NetworkOutput::NetworkOutput(Report& report, const std::optional<std::string>& path,
+                             const std::string& picture, bool noClobber)
+    : report(report), noClobber(noClobber) {
     if (!path) return;
     file = *path;
     static_cast<void>(OutputFile(*file, noClobber));
@@ -99,11 +112,54 @@ NetworkOutput::NetworkOutput(const std::optional<std::string>& path, const std::
                       {"--save-network", "is the picture, too", "a file of its own", *path, "", {}});
 }
 
-void NetworkOutput::save(Network network) const {
+std::string NetworkOutput::lineFor(const Provenance& provenance) {
+    requireSavable(provenance.network());
+    try {
+        return exactTextOf(provenance.kept(), NetworkLayout::OneLine);
+    } catch (const Failure& failure) {
+        if (failure.fault() != Fault::Network) throw;
+        warnOf(failure.diagnostic(), provenance);
+        return "";
+    }
+}
+
+void NetworkOutput::requireSavable(const Network& network) const {
     if (!file) return;
+    try {
+        static_cast<void>(exactTextOf(fromItsFolder(network), NetworkLayout::Lines, file->string()));
+    } catch (const Failure& failure) {
+        Diagnostic message = failure.diagnostic();
+        message.advice = "The picture can be made without --save-network";
+        throw Failure(failure.fault(), message);
+    }
+}
+
+void NetworkOutput::warnOf(Diagnostic cause, const Provenance& provenance) {
+    if (hasUnsavableName(provenance.kept())) {
+        cause.who = provenance.network().views.front().picture;
+        cause.what = "its name cannot be saved as it is, so the picture keeps no network";
+    } else {
+        cause.what +=
+            isForSeveral ? ", so pictures made with it keep no network" : ", so the picture keeps no network";
+    }
+    if (told.insert(cause.sentence()).second) report.warning(cause);
+}
+
+Network NetworkOutput::fromItsFolder(Network network) const {
     changePaths(network,
                 [&](const std::string& path) { return pathFrom(fs::absolute(*file).parent_path(), path); });
-    saveNetwork(network, *file, noClobber);
+    return network;
+}
+
+void NetworkOutput::save(const Network& network) const {
+    if (file) saveNetwork(fromItsFolder(network), *file, noClobber);
+}
+
+void setNetworkLine(PictureDescription& description, const std::string& line) {
+    if (line.empty())
+        description.remove(NetworkName);
+    else
+        description.setText(NetworkName, line);
 }
 
 } // namespace workbench

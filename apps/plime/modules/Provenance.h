@@ -3,11 +3,13 @@
 #pragma once
 
 #include "apps/plime/modules/ModuleInstance.h"
+#include "apps/plime/terminal/Report.h"
 #include "workbench/files/PictureFormat.h"
 #include "workbench/gl/SceneRenderer.h"
 #include "workbench/network/Network.h"
 
 #include <filesystem>
+#include <set>
 #include <string>
 
 namespace workbench {
@@ -50,8 +52,8 @@ public:
 
     /// Everything; paths are as they were given.
     [[nodiscard]] const Network& network() const noexcept { return made; }
-    /// What pictures keep, in one line: of files only the names, so that the same work leaves the same bytes.
-    [[nodiscard]] std::string text() const;
+    /// What pictures keep: of files only the names, so that the same work leaves the same bytes.
+    [[nodiscard]] Network kept() const;
 
 private:
     [[nodiscard]] NetworkView& view() noexcept { return made.views.front(); }
@@ -59,18 +61,34 @@ private:
     Network made;
 };
 
-/// Where a network is saved; the network is given the paths that lead from there.
+/// Where the networks of pictures go: into the pictures, and, where it is asked for, into a file.
 class NetworkOutput {
 public:
-    /// Nothing happens without a path. Looks whether the file can be written: Failure(Output), and
-    /// Failure(Usage) where it is the picture as well.
-    NetworkOutput(const std::optional<std::string>& path, const std::string& picture, bool noClobber);
-    /// Writes the file. Throws as saveNetwork.
-    void save(Network network) const;
+    /// Into so many pictures only. The report is borrowed.
+    NetworkOutput(Report& report, std::size_t pictures) : report(report), isForSeveral(pictures > 1) {}
+    /// Into one picture, and into a file where there is a path. Looks whether the file can be written:
+    /// Failure(Output), and Failure(Usage) where it is the picture as well.
+    NetworkOutput(Report& report, const std::optional<std::string>& path, const std::string& picture,
+                  bool noClobber);
+
+    /// The line that a picture keeps. Before the work on it: throws Failure(Network) where save would. Without a
+    /// file a network that could not be read again as it is becomes a warning, once per cause, and an empty line.
+    [[nodiscard]] std::string lineFor(const Provenance& provenance);
+    /// Writes the file; the network is given the paths that lead from there. Throws as saveNetwork.
+    void save(const Network& network) const;
 
 private:
+    [[nodiscard]] Network fromItsFolder(Network network) const;
+    void requireSavable(const Network& network) const;
+    void warnOf(Diagnostic cause, const Provenance& provenance);
+
+    Report& report;
+    bool isForSeveral = false, noClobber = false;
     std::optional<std::filesystem::path> file;
-    bool noClobber;
+    std::set<std::string> told; ///< sentences
 };
+
+/// Puts the line into a picture's description; an empty one takes away what an earlier picture kept.
+void setNetworkLine(PictureDescription& description, const std::string& line);
 
 } // namespace workbench

@@ -7,6 +7,7 @@
 #include "apps/plime/pictures/TilePass.h"
 #include "apps/plime/terminal/Numbers.h"
 #include "workbench/gl/RenderTarget.h"
+#include "workbench/network/NetworkFile.h"
 #include "workbench/platform/EglContext.h"
 
 #include <algorithm>
@@ -41,10 +42,10 @@ Diagnostic cutWarning(const TilingTask& task, const TilePlan& plan, const std::s
             {}};
 }
 
-PictureDescription outputDescription(const PictureReader& reader, const Provenance& provenance) {
+PictureDescription outputDescription(const PictureReader& reader, const std::string& network) {
     PictureDescription description = reader.description();
     description.isGrey = false; // channels are processed one by one and may come apart
-    description.setText(NetworkName, provenance.text());
+    setNetworkLine(description, network);
     return description;
 }
 
@@ -111,8 +112,9 @@ Network PictureProcessing::processInTiles(const PictureJob& job, const ProgressP
     made.showPicture(job.input);
     made.setOutput(wish.writeOptions(session.options()));
     if (task.shaderSide) made.setTiles(plan.tileWidth(), plan.tileHeight(), plan.overlap());
+    const PictureDescription description = outputDescription(*reader, networks.lineFor(made));
     const auto work = [&](TileJournal* journal) {
-        PictureOutput output(wish, session.options(), outputDescription(*reader, made));
+        PictureOutput output(wish, session.options(), description);
         output.requireRoom(journal ? journal->missingBytes(pixelsOf(reader->description())) : 0);
         writeProcessed(*reader, plan, output, job, part, journal);
     };
@@ -156,7 +158,7 @@ std::string PictureProcessing::jobOf(const std::string& input, Provenance made) 
     made.setOutput({});
     std::vector<const ModuleInstance*> modules;
     for (const auto& module : chain.instances()) modules.push_back(module.get());
-    return jobText(session, openGL.rendering(), made.text(), modules, input);
+    return jobText(session, openGL.rendering(), fingerprintOf(made.kept()), modules, input);
 }
 
 void PictureProcessing::tellOfNothingKept(const std::string& input, bool usesShaders) {

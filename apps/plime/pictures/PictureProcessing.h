@@ -41,13 +41,14 @@ public:
     /// of the chain; every picture is added to a copy. With `resume` tiles are taken that an interrupted run
     /// has left.
     PictureProcessing(Session& session, OpenGLOnDemand& openGL, const TileChain& chain, OutputWish wish,
-                      TilingWish tiling, Provenance provenance, bool resume = false)
+                      TilingWish tiling, Provenance provenance, NetworkOutput& networks, bool resume = false)
         : session(session),
           openGL(openGL),
           chain(chain),
           wish(std::move(wish)),
           tiling(tiling),
           provenance(std::move(provenance)),
+          networks(networks),
           resume(resume) {}
 
     /// Opens the OpenGL session and compiles all programs now. Throws Failure(OpenGL) and Failure(Shader).
@@ -73,6 +74,7 @@ private:
     OutputWish wish;
     TilingWish tiling;
     Provenance provenance;
+    NetworkOutput& networks;
     bool resume;
     bool toldOfIdleOptions = false;
 };

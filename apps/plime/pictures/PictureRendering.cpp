@@ -11,6 +11,7 @@
 #include "workbench/files/InputKind.h"
 #include "workbench/gl/ArrayLimit.h"
 #include "workbench/gl/RenderTarget.h"
+#include "workbench/network/NetworkFile.h"
 #include "workbench/platform/EglContext.h"
 
 #include "host/gl/MSDeferredObjectDisplay.h"
@@ -23,12 +24,12 @@
 namespace workbench {
 namespace {
 
-PictureDescription descriptionOf(const FrameSetup& setup, const Provenance& provenance) {
+PictureDescription descriptionOf(const FrameSetup& setup, const std::string& network) {
     PictureDescription description;
     description.width = setup.width;
     description.height = setup.height;
     description.hasAlpha = true;
-    description.setText(NetworkName, provenance.text());
+    setNetworkLine(description, network);
     return description;
 }
 
@@ -158,7 +159,7 @@ std::string jobOf(const Session& session, const RenderSession& rendering, const 
     provenance.setOutput({});
     std::vector<const ModuleInstance*> modules = task.displays;
     modules.push_back(&task.scene);
-    return jobText(session, rendering, provenance.text(), modules, fileOf(task));
+    return jobText(session, rendering, fingerprintOf(provenance.kept()), modules, fileOf(task));
 }
 
 /// One attempt. Throws GraphicsMemoryFailure when a tile does not fit into the memory for graphics.
@@ -180,7 +181,7 @@ void drawToFile(Session& session, OpenGLOnDemand& openGL, const RenderTask& task
     const std::string job = jobOf(session, rendering, task, provenance);
     provenance.setOutput(task.wish.writeOptions(session.options()));
     const std::string path = task.wish.requirePath();
-    const PictureDescription description = descriptionOf(setup, provenance);
+    const PictureDescription description = descriptionOf(setup, task.networks.lineFor(provenance));
     PictureDrawing drawing{rendering, topOf(task), task.pool, setup, path, session.options().quiet};
     const auto draw = [&] {
         PictureOutput output(task.wish, session.options(), description,

@@ -23,11 +23,12 @@ struct RenderTask {
     const krod::VValuePool& pool;                ///< for the parameters of scene and displays
     const ViewOptions& view;
     const OutputWish& wish;
+    NetworkOutput& networks;
     bool resume = false; ///< take the tiles that an interrupted run has left
 };
 
 /// Draws and writes the picture, and says what was lost. The provenance tells how; it is completed with the
-/// view and kept in the picture. Throws Failure; then no picture is left, but tiles to go on with may be.
+/// view and kept in the picture, unless a warning says why not. Throws Failure; then no picture is left, but tiles to go on with may be.
 void renderToFile(Session& session, OpenGLOnDemand& openGL, const RenderTask& task, Provenance& provenance);
 
 } // namespace workbench
