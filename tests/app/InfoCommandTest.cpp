@@ -69,6 +69,15 @@ TEST_F(PlimeInfo, pictureOfOurs_keepsItsNetwork) {
     }
 }
 
+TEST_F(PlimeInfo, format_isThatOfTheFile_whateverItsName) {
+    const std::string path = picture("a.exr", small());
+    for (const std::string name : {"b.png", "c"}) {
+        std::filesystem::copy(path, at(name));
+        EXPECT_EQ(jsonOf(at(name))["format"], "exr") << name;
+    }
+    EXPECT_EQ(jsonOf(picture("a.jpg", small()))["format"], "jpeg");
+}
+
 TEST_F(PlimeInfo, withoutANetwork_isAnInputError) {
     const std::string path = picture("a.exr", small());
     expectFailure(

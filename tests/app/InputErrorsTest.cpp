@@ -84,12 +84,21 @@ TEST_F(PlimeInput, deviceThatIsNotThere_isSaid) {
         "OpenGL: cannot be used as asked — expected the device \"none of these\", got no such device. "
         "See the devices with: plime doctor.",
         {"--gpu", "none of these"});
+    const std::string said = run({"render", "demo:knot", "-o", at("out.exr"), "--gpu", "99"}).error;
+    expectHas(said, "got no such device. See the devices with: plime doctor.\n  EGL ");
+    expectHas(said, ", not asked for\n");
 }
 
 TEST_F(PlimeInput, missingWords_areNamed) {
     expectFailure(2, "render: has nothing to draw — expected INPUT. Try demo:galaxy.",
                   {"render", "-o", at("out.exr")});
     expectFailure(2, "-o: is missing — expected the picture to write, -o OUT.exr.", {"render", "demo:knot"});
+    expectFailure(2, "-o,--output: names no file — expected the picture to write, got \"\".",
+                  {"render", "demo:knot", "-o", ""});
+    expectFailure(2,
+                  at("") + ": cannot be written as a picture — expected one of the extensions .exr .png .tif "
+                           ".tiff .jpg .jpeg .hdr, got a folder.",
+                  {"render", "demo:knot", "-o", at("")});
     expectFailure(2, "plime process: IN is missing. See \"plime help process\".", {"process"});
     expectFailure(2, "-o: is missing — expected the picture to write, -o OUT.exr.",
                   Words{"process", input} + Gamma);
@@ -97,6 +106,28 @@ TEST_F(PlimeInput, missingWords_areNamed) {
                    "process: has nothing to do — expected --with KEY, a tile processor. \"plime list\" shows "
                    "them under Hollywood.",
                    {});
+}
+
+TEST_F(PlimeInput, whatIsNoPicture_isToldAsWhatItIs) {
+    const auto refused = [&](const std::string& path, const std::string& rest) {
+        expectFailure(3, path + rest, Words{"process", path, "-o", at("out.exr")} + Gamma);
+    };
+    const std::string points = write("a.xyz", "0 0 0\n").string(), model = write("a.obj", "o a\n").string(),
+                      network = write("a.json", "{}\n").string(), other = write("a.abc", "odd\n").string();
+    refused(points, ": is a list of points, no picture. Draw it with: plime render " + points + '.');
+    refused(model, ": is a model, no picture. Draw it with: plime render " + model + '.');
+    refused(network, ": is a network, no picture. Make its pictures with: plime run " + network + '.');
+    refused("demo:knot", ": is a demo scene, no picture. Draw it with: plime render demo:knot.");
+    refused(other, ": cannot be read as a picture — expected EXR, PNG, TIFF, JPEG, HDR or another picture "
+                   "format, got OpenImageIO could not find a format reader for \"" +
+                       other + "\". Check that the file is complete and has its right extension.");
+}
+
+TEST_F(PlimeInput, pointsThatAreNotFinite_areToldAsLeftOut) {
+    const std::string points = write("a.csv", "x,y,z\n0,0,0\n1,1,1\nnan,0,0\ninf,1,1\n").string();
+    EXPECT_EQ(messagesOf({"render", points, "-o", at("out.exr"), "--size", "16x16"}),
+              "plime: warning: " + points +
+                  ": 2 of 4 points have values that are not finite and are left out.\n");
 }
 
 TEST_F(PlimeInput, demoThatIsNone_isRefusedWithASuggestion) {
@@ -110,6 +141,13 @@ TEST_F(PlimeInput, modulesInTheWrongPlace_areRefused) {
         "Hollywood/GammaCorrection: is no display — expected a module of the category Display. Tile "
         "processors go behind --with.",
         {"--display", "Hollywood/GammaCorrection"});
+    refusedProcess(
+        2,
+        "Scene/Knot: is no tile processor — expected one of Hollywood/TileProgram, "
+        "Hollywood/PixelBlur, Hollywood/HDRToneMapping, Hollywood/HDRColoredToneMapping, "
+        "Hollywood/GammaCorrection, Hollywood/ColorGammaCorrection, Hollywood/ArcTangens. Scenes are "
+        "the INPUT of \"plime render\".",
+        {"--with", "Scene/Knot"});
     const std::string none =
         "Display/CMYK: is no tile processor — expected one of Hollywood/TileProgram, Hollywood/PixelBlur, "
         "Hollywood/HDRToneMapping, Hollywood/HDRColoredToneMapping, Hollywood/GammaCorrection, "
@@ -193,30 +231,42 @@ TEST_F(PlimeInput, valuesOfOptions_areChecked) {
     wrong("--overlap", "-1", "has a wrong value — expected a whole number from 0 to 4096");
     for (const std::string value : {"many", "0", "-4"})
         wrong("--samples", value, "has a wrong value — expected a whole number from 1 to 2147483647");
-    wrong("-d", "bits", "knows no such depth — expected half, float, uint8 or uint16");
+    for (const std::string option : {"-d", "--depth"})
+        refusedRender(
+            2, "-d,--depth: knows no such depth — expected half, float, uint8 or uint16, got \"bits\".",
+            {option, "bits"});
     refusedProcess(2, "--tile: has a wrong value — expected a whole number from 1 to 131072, got \"big\".",
                    Gamma + Words{"--tile", "big"});
     refusedProcess(2, "--overlap: has a wrong value — expected a whole number from 0 to 4096, got \"-1\".",
                    Gamma + Words{"--overlap", "-1"});
-    refusedProcess(2, "-d: knows no such depth — expected half, float, uint8 or uint16, got \"bits\".",
+    refusedProcess(2,
+                   "-d,--depth: knows no such depth — expected half, float, uint8 or uint16, got \"bits\".",
                    Gamma + Words{"-d", "bits"});
     refusedRender(2, "--point-size: has no meaning here: demo:knot is not drawn in points.",
                   {"--point-size", "3"});
 }
 
 TEST_F(PlimeInput, viewsThatShowNothing_areRefused) {
-    refusedRender(
-        2,
-        "camera: has no direction — expected an eye and a target at different places. Change --camera "
-        "or --up.",
-        {"--camera", "1,2,3:1,2,3"});
     refusedRender(2,
-                  "camera: does not know which side is up — expected an up direction across the view. Change "
-                  "--camera or --up.",
+                  "--camera: has no direction — expected an eye and a target at different places, got "
+                  "\"1,2,3:1,2,3\".",
+                  {"--camera", "1,2,3:1,2,3"});
+    refusedRender(2,
+                  "--up: does not say which side is up — expected an up direction across the view, got "
+                  "\"0,0,1\".",
                   {"--up", "0,0,1"});
-    refusedRender(
-        2, "camera: has no field of view — expected degrees between 0 and 180. Change --camera or --up.",
-        {"--camera", "0,0,9:0,0,0:180"});
+    refusedRender(2,
+                  "--up: does not say which side is up — expected an up direction across the view, got "
+                  "\"0,0,0\".",
+                  {"--camera", "0,0,9:0,0,0", "--up", "0,0,0"});
+    refusedRender(2,
+                  "--camera: does not say which side is up — expected an up direction across the view, got "
+                  "\"0,9,0:0,0,0\". Choose one with --up.",
+                  {"--camera", "0,9,0:0,0,0"});
+    refusedRender(2,
+                  "--camera: has no field of view — expected degrees between 0 and 180, got "
+                  "\"0,0,9:0,0,0:180\".",
+                  {"--camera", "0,0,9:0,0,0:180"});
 }
 
 TEST_F(PlimeInput, picturesBeyondMemory_areRefusedBeforeWork) {

@@ -146,6 +146,9 @@ TEST_F(Module_instance, does_what_a_request_says_and_the_later_setting_holds) {
 TEST(Array_limit, holds_unchecked_for_modules_whose_shader_texts_grow_with_a_parameter) {
     const FakeCreator creator("Display", "PixelContours", "Source");
     ModuleInstance module(registeredModules().one("Display/PixelContours"));
+    EXPECT_EQ(
+        failureOf([&] { module.set("width", "23", Limits::Checked); }),
+        "2 Display/PixelContours: parameter \"width\" is outside its limits — expected 0 to 5, got 23.");
     EXPECT_EQ(failureOf([&] { module.set("width", "22", Limits::Unchecked); }), "");
     EXPECT_EQ(failureOf([&] { module.set("width", "23", Limits::Unchecked); }),
               "2 Display/PixelContours: parameter \"width\" would make arrays of more than 2048 elements — "

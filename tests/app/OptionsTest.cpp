@@ -58,6 +58,17 @@ TEST_F(Options, reach_the_targets_of_the_command) {
     EXPECT_EQ(paint->modules.displays.at(0).settings.at(0).text, "1");
 }
 
+TEST_F(Options, with_one_letter_may_have_an_equal_sign_before_their_value) {
+    const auto output = [&](const std::vector<std::string>& words) {
+        static_cast<void>(parseArguments(words, commands));
+        return paint->output;
+    };
+    EXPECT_EQ(output({"paint", "n", "r", "-o=a.png"}), "a.png");
+    EXPECT_EQ(output({"paint", "n", "r", "-o=-x=1"}), "-x=1");
+    EXPECT_EQ(output({"paint", "n", "-o=", "r"}), "");
+    EXPECT_EQ(output({"paint", "n", "r", "-o", "=b"}), "=b");
+}
+
 TEST_F(Options, for_all_commands_stand_before_or_after_the_command) {
     const auto check = [&](const std::vector<std::string>& arguments) {
         const Invocation invocation = parseArguments(arguments, commands);
@@ -104,6 +115,9 @@ TEST_F(Options, suggest_commands_and_options) {
               "2 --brsh: is not an option of \"plime paint\". Did you mean \"--brush\"?");
     EXPECT_EQ(failure({"paint", "--dispaly=A"}),
               "2 --dispaly: is not an option of \"plime paint\". Did you mean \"--display\"?");
+    EXPECT_EQ(failure({"-o", "a", "paint", "n", "r"}),
+              "2 -o: belongs behind the command paint. See \"plime help paint\".");
+    EXPECT_EQ(failure({"-o", "a", "piant"}), "2 a: is not a command. See \"plime help\".");
     EXPECT_EQ(failure({"--memroy", "1"}), "2 1: is not a command. See \"plime help\".");
     EXPECT_EQ(failure({"paint", "-x"}),
               "2 -x: is not an option of \"plime paint\". See \"plime help paint\".");
@@ -114,7 +128,7 @@ TEST_F(Options, say_what_is_missing_or_too_much) {
     EXPECT_EQ(failure({"paint"}), "2 plime paint: WALL is missing. See \"plime help paint\".");
     EXPECT_EQ(failure({"paint", "north"}), "2 plime paint: COLOUR is missing. See \"plime help paint\".");
     EXPECT_EQ(failure({"paint", "n", "r", "--output"}),
-              "2 --output: has no value. See \"plime help paint\".");
+              "2 -o,--output: has no value. See \"plime help paint\".");
     EXPECT_EQ(failure({"paint", "n", "r", "--wet=1"}), "2 --wet: takes no value. See \"plime help paint\".");
     EXPECT_EQ(failure({"paint", "n", "r", "-o", "a", "-o", "b"}),
               "2 -o,--output: is given more than once. See \"plime help paint\".");

@@ -13,7 +13,7 @@ using workbench::readPicture;
 using Json = nlohmann::json;
 
 const Words Separated = {"--display", "Display/CMYK"};
-const std::string Clamped = "plime: warning: 8 samples asked, 4 used.\n";
+const std::string Clamped = "plime: warning: 8 samples asked, the driver has 4 at most.\n";
 
 /// Draws on the software renderer, 96x64 pixels unless `more` says otherwise.
 Words drawing(const std::string& input, const std::string& path, const Words& more = {}) {

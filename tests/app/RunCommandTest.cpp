@@ -142,6 +142,16 @@ TEST_F(PlimeRun, severalViews_areSeveralPictures) {
                   "-o: leads 3 views to one file — expected {view}, the name of a view, got \"" +
                       at("a.exr") + "\". Write it like -o {view}.exr.",
                   Words{"run", at("many.json"), "-o", at("a.exr")});
+    expectFailure(2, "-o: has an unknown placeholder — expected {view}, the name of a view, got {viw}.",
+                  Words{"run", at("many.json"), "-o", at("{viw}.exr")});
+}
+
+TEST_F(PlimeRun, pictureInsteadOfANetwork_isToldAsOne) {
+    const std::string path = picture("in.exr", slope(20, 10));
+    expectFailure(3,
+                  path + ": is a picture, no network. Take the network that it keeps with: plime info " +
+                      path + " --network.",
+                  Words{"run", path});
 }
 
 TEST_F(PlimeRun, setting_changesThePicture_andIsKept) {
@@ -229,8 +239,7 @@ TEST_F(PlimeRun, brokenNetworks_leaveNothing) {
                   file + ", line 2: the view v is too large — expected at most 2147483648 pixels in all.");
     expectRefused(objects + "\"views\": [{\"name\": \"/tmp/x\", \"shows\": \"a\"}]}", 8,
                   file + ", line 2: the view /tmp/x cannot name a file — expected a name without strokes.");
-    expectFailure(3, at("none.json") + ": cannot be read: there is no such file.",
-                  Words{"run", at("none.json")});
+    expectFailure(3, at("none.json") + ": does not exist. Check the path.", Words{"run", at("none.json")});
 }
 
 TEST_F(PlimeRun, missingFileOfANetwork_isAnInputError) {

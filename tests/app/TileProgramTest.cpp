@@ -123,14 +123,14 @@ TEST_P(PlimeTileProgram, programWithItsOwnVersion_isNumberedAsWritten) {
 
 TEST_P(PlimeTileProgram, programWithoutMain_doesNotLink) {
     EXPECT_EQ(refusalOf("vec4 f() { return vec4(1.0); }\n",
-                        "does not link with * Tile Vertex Shader * — got fragment shader lacks `main'"),
-              "  error: fragment shader lacks `main'\n");
+                        "does not link, because it has no main() — got fragment shader lacks `main'"),
+              "");
 }
 
 TEST_P(PlimeTileProgram, emptyProgram_isCalledEmpty) {
     EXPECT_EQ(
         refusalOf("", refused + ", because the program is empty — got syntax error, unexpected end of file"),
-        "  error: syntax error, unexpected end of file\n");
+        "");
     const Result result = run(call(""));
     EXPECT_EQ(result.code, 6);
     EXPECT_TRUE(result.error.starts_with("plime: error: Hollywood/TileProgram, parameter \"code\": " +

@@ -34,7 +34,7 @@ TEST_F(Samples, Absurd_counts_are_clamped) {
 
 TEST_F(Samples, Clamping_is_told_once_for_each_request) {
     for (int i = 0; i < 3; ++i) static_cast<void>(seenBy(8));
-    const std::string granted = std::to_string(most) + " used";
+    const std::string granted = "the driver has " + std::to_string(most) + " at most";
     EXPECT_EQ(warnings.count("8 samples asked, " + granted), 1);
     for (int i = 0; i < 3; ++i) static_cast<void>(seenBy(16));
     EXPECT_EQ(warnings.count("16 samples asked, " + granted), 1);

@@ -76,7 +76,7 @@ void checkInputFile(const fs::path& path) {
     if (fs::file_size(path, error) == 0) refuse(path, "", "an empty file");
 }
 
-InputKind classifyInput(const fs::path& path) {
+std::optional<InputKind> kindOf(const fs::path& path) {
     checkInputFile(path);
     const std::string extension = lowerExtension(path);
     const std::string start = startOf(path, LongestPlyHeader);
@@ -86,6 +86,12 @@ InputKind classifyInput(const fs::path& path) {
     if (has(pictureExtensions(), extension) || looksLikePicture(start)) return InputKind::Picture;
     if (has(modelExtensions(), extension) || start.starts_with("glTF")) return InputKind::Model;
     if (has(pointExtensions(), extension)) return InputKind::Points;
+    return std::nullopt;
+}
+
+InputKind classifyInput(const fs::path& path) {
+    if (const std::optional<InputKind> kind = kindOf(path)) return *kind;
+    const std::string extension = lowerExtension(path);
     throw Failure(Fault::Input,
                   {path.string(),
                    "is of no kind that can be read",

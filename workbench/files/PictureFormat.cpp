@@ -4,6 +4,7 @@
 #include "workbench/report/Failure.h"
 
 #include <algorithm>
+#include <system_error>
 
 namespace workbench {
 namespace {
@@ -42,10 +43,14 @@ const PictureFormat& outputFormat(const std::filesystem::path& path) {
             if (candidate == extension) return format;
             known += (known.empty() ? "." : " .") + std::string(candidate);
         }
+    std::error_code error;
+    const bool isFolder = !path.has_filename() || std::filesystem::is_directory(path, error);
     throw Failure(Fault::Usage, {path.string(),
                                  "cannot be written as a picture",
                                  "one of the extensions " + known,
-                                 extension.empty() ? "none" : "." + extension,
+                                 isFolder            ? "a folder"
+                                 : extension.empty() ? "none"
+                                                     : "." + extension,
                                  "",
                                  {}});
 }

@@ -10,8 +10,10 @@ namespace workbench {
 /// A library may quote a whole file in its words: what is longer is cut.
 inline constexpr std::size_t LongestReason = 300;
 
-/// The text on one line, of a length for reading, without control characters and without full stops at its end.
+/// The text on one line, of a length for reading, without control characters, and at its end without a question and
+/// full stops.
 [[nodiscard]] inline std::string reasonText(std::string text) {
+    if (text.ends_with('?') && text.rfind(". ") != std::string::npos) text.resize(text.rfind(". "));
     if (text.size() > LongestReason) {
         std::size_t end = LongestReason;
         while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U)

@@ -10,16 +10,18 @@
 namespace workbench {
 namespace {
 
-/// The greatest value whose arrays have at most 2,048 elements, for each parameter that makes arrays.
-struct Limit {
+/// The greatest value whose arrays have at most MostElements elements, for each parameter that makes arrays.
+struct GreatestValue {
     std::string_view key, parameter;
     int greatest;
 };
 
-constexpr std::array<Limit, 3> Limits = {{
-    {"Display/Blurred", "width", 2048},     // one tap per unit of width
-    {"Display/PixelContours", "width", 22}, // a square of (2 width + 1)² neighbours
-    {"Display/ProximityHDR", "width", 22},  // the same square
+constexpr int MostElements = 2048;
+
+constexpr std::array<GreatestValue, 3> GreatestValues = {{
+    {"Display/Blurred", "width", MostElements}, // one tap per unit of width
+    {"Display/PixelContours", "width", 22},     // a square of (2 width + 1)² neighbours
+    {"Display/ProximityHDR", "width", 22},      // the same square
 }};
 
 /// From here on a real number is no whole one any more, and modules fall back to their shortest array.
@@ -29,7 +31,7 @@ constexpr double BeyondWhole = 2147483648.0;
 
 std::optional<std::string> exceededArrayLimit(std::string_view key, std::string_view parameter,
                                               const krod::VValueBase& value) {
-    for (const Limit& limit : Limits) {
+    for (const GreatestValue& limit : GreatestValues) {
         if (limit.key != key || limit.parameter != parameter) continue;
         if (const auto* whole = dynamic_cast<const krod::TypedValue<int>*>(&value))
             if (whole->value() > limit.greatest) return krod::VValueTrait<int>::Text(limit.greatest);
@@ -38,6 +40,11 @@ std::optional<std::string> exceededArrayLimit(std::string_view key, std::string_
                 return krod::VValueTrait<double>::Text(limit.greatest);
     }
     return std::nullopt;
+}
+
+std::string tooLongArrays(std::string_view parameter) {
+    return "parameter \"" + std::string(parameter) + "\" would make arrays of more than " +
+           std::to_string(MostElements) + " elements";
 }
 
 void requireShortArrays(const krod::VObject& module, const krod::VValuePool& pool) {
@@ -49,12 +56,7 @@ void requireShortArrays(const krod::VObject& module, const krod::VValuePool& poo
         if (!value) continue;
         if (const auto greatest = exceededArrayLimit(key, name, *value))
             throw Failure(Fault::Usage,
-                          {key,
-                           "parameter \"" + name + "\" would make arrays of more than 2048 elements",
-                           "at most " + *greatest,
-                           value->text(),
-                           "",
-                           {}});
+                          {key, tooLongArrays(name), "at most " + *greatest, value->text(), "", {}});
     }
 }
 

@@ -17,6 +17,9 @@ namespace workbench {
 [[nodiscard]] KROD_API std::optional<std::string>
 exceededArrayLimit(std::string_view key, std::string_view parameter, const krod::VValueBase& value);
 
+/// What such a parameter is refused with: "parameter "width" would make arrays of more than … elements".
+[[nodiscard]] KROD_API std::string tooLongArrays(std::string_view parameter);
+
 /// The host's word for values that were set by code, before the module composes a text of gigabytes: throws
 /// Failure(Usage) that names module and parameter when a value in that pool makes longer arrays.
 KROD_API void requireShortArrays(const krod::VObject& module, const krod::VValuePool& pool);

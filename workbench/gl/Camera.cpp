@@ -23,8 +23,8 @@ glm::dvec3 centreOf(const krod::BoundingSphere& sphere) {
 /// A single point is looked at as if it were a ball.
 double radiusOf(const krod::BoundingSphere& sphere) { return sphere.radius > 0 ? sphere.radius : 1; }
 
-Failure refusal(const char* what, const char* expected) {
-    return Failure(Fault::Usage, {"camera", what, expected, "", "Change --camera or --up", {}});
+Failure refusal(const char* who, const char* what, const char* expected) {
+    return Failure(Fault::Usage, {who, what, expected, "", "", {}});
 }
 
 } // namespace
@@ -43,12 +43,12 @@ Camera Camera::fitted(const krod::BoundingSphere& sphere, double aspect, double 
 
 Camera Camera::between(const glm::dvec3& eye, const glm::dvec3& target, const glm::dvec3& up,
                        double fieldOfView, const krod::BoundingSphere& sphere) {
-    if (eye == target) throw refusal("has no direction", "an eye and a target at different places");
+    if (eye == target) throw refusal("camera", "has no direction", "an eye and a target at different places");
     const glm::dvec3 side = glm::cross(glm::normalize(target - eye), up);
     if (!(glm::length(side) > 1e-9 * glm::length(up)))
-        throw refusal("does not know which side is up", "an up direction across the view");
+        throw refusal("up", "does not say which side is up", "an up direction across the view");
     if (!(fieldOfView > 0 && fieldOfView < 180))
-        throw refusal("has no field of view", "degrees between 0 and 180");
+        throw refusal("camera", "has no field of view", "degrees between 0 and 180");
     Camera camera;
     camera.eye = eye;
     camera.target = target;

@@ -25,8 +25,8 @@ struct KROD_API Camera {
     /// aspect (width divided by height). An empty sphere counts as one of radius 1.
     [[nodiscard]] static Camera fitted(const krod::BoundingSphere& sphere, double aspect,
                                        double fieldOfView = DefaultFieldOfView);
-    /// Throws Failure(Usage) where eye and target coincide, `up` points along the view, or the angle is none
-    /// between 0 and 180. The planes are those around the sphere.
+    /// Throws Failure(Usage) by the name "camera" where eye and target coincide or the angle is none between 0 and
+    /// 180, by the name "up" where `up` points along the view. The planes are those around the sphere.
     [[nodiscard]] static Camera between(const glm::dvec3& eye, const glm::dvec3& target, const glm::dvec3& up,
                                         double fieldOfView, const krod::BoundingSphere& sphere);
 

@@ -200,8 +200,10 @@ void TargetPool::dropIdle(std::size_t further) noexcept {
 int TargetPool::grantedSamples(int asked) {
     const int granted = std::clamp(asked, 1, maxSamples);
     if (granted != asked && toldSamples.insert(asked).second)
-        krod::VActionNotifier::Warning(std::to_string(asked) + " samples asked, " + std::to_string(granted) +
-                                       " used");
+        krod::VActionNotifier::Warning(std::to_string(asked) + " samples asked, " +
+                                       (granted < asked
+                                            ? "the driver has " + std::to_string(granted) + " at most"
+                                            : std::to_string(granted) + " used"));
     return granted;
 }
 

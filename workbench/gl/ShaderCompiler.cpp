@@ -32,6 +32,14 @@ std::string becauseEmpty(const std::string& text) {
     return text.find_first_not_of(" \t\r\n") == std::string::npos ? ", because the program is empty" : "";
 }
 
+/// Why the texts do not link, where it is plain without the driver's words.
+std::string whyUnlinked(const ProgramTexts& texts) {
+    const std::string& text = texts.fragmentText;
+    if (const std::string reason = becauseEmpty(text); !reason.empty()) return "does not link" + reason;
+    if (text.find("main") == std::string::npos) return "does not link, because it has no main()";
+    return "does not link with " + texts.vertexLabel;
+}
+
 std::string shaderLog(GLuint shader) {
     GLint length = 0;
     glGetShaderiv(shader, GL_INFO_LOG_LENGTH, &length);
@@ -68,6 +76,8 @@ Failure refusal(const std::string& label, const std::string& what, const std::st
     Diagnostic diagnostic{label, what, "", "", "", {}};
     diagnostic.got =
         first == entries.end() ? "no reason from the driver" : placeText(*first) + first->message;
+    if (entries.size() == 1 && first->line == 0 && first->further.empty()) // the sentence says it all
+        return Failure(Fault::Shader, std::move(diagnostic));
     for (const LogEntry& entry : entries)
         for (std::string& line : renderLogEntry(entry, lines))
             if (diagnostic.details.size() < MostDetails) diagnostic.details.push_back(std::move(line));
@@ -118,9 +128,8 @@ GLName compileProgram(const ProgramTexts& texts, bool strict) {
     glGetProgramiv(program.get(), GL_LINK_STATUS, &linked);
     if (linked == GL_TRUE) return program;
     requireSoundDriver(texts.fragmentLabel);
-    throw refusal(texts.fragmentLabel,
-                  "does not link with " + texts.vertexLabel + becauseEmpty(texts.fragmentText),
-                  programLog(program.get()), LineTable(texts.fragmentText, regionsOf(texts.fragmentText)));
+    throw refusal(texts.fragmentLabel, whyUnlinked(texts), programLog(program.get()),
+                  LineTable(texts.fragmentText, regionsOf(texts.fragmentText)));
 }
 
 std::string adaptedText(const std::string& text, ShaderStage stage, bool strict) {

@@ -42,4 +42,10 @@ auto readNamed(const char* module, const std::string& file, const Read& read) {
     return Content{};
 }
 
+/// Warns that so many of a file's points or vertices are left out, as "2 of 4 points".
+inline void warnOfLeftOut(const std::string& file, const std::string& howMany, const char* also = "") {
+    krod::VActionNotifier::Warning(file + ": " + howMany +
+                                   " have values that are not finite and are left out" + also);
+}
+
 } // namespace workbench::objects

@@ -18,8 +18,11 @@ struct Settings {
 };
 
 MeshDrawing load(const Settings& settings) {
-    return MeshDrawing(
-        readNamed("Scene/Model", settings.file, [](const auto& file) { return readModel(file); }));
+    Model model = readNamed("Scene/Model", settings.file, [](const auto& file) { return readModel(file); });
+    if (model.droppedVertices > 0)
+        warnOfLeftOut(settings.file, std::to_string(model.droppedVertices) + " vertices",
+                      " with their triangles");
+    return MeshDrawing(std::move(model));
 }
 
 class ModelObject : public VGLRenderObject {

@@ -18,8 +18,13 @@ struct Settings {
 };
 
 PointDrawing load(const Settings& settings) {
-    return PointDrawing(
-        readNamed("Scene/Points", settings.file, [](const auto& file) { return readPoints(file); }));
+    PointSet points =
+        readNamed("Scene/Points", settings.file, [](const auto& file) { return readPoints(file); });
+    if (points.droppedPoints > 0)
+        warnOfLeftOut(settings.file, std::to_string(points.droppedPoints) + " of " +
+                                         std::to_string(points.positions.size() + points.droppedPoints) +
+                                         " points");
+    return PointDrawing(std::move(points));
 }
 
 class PointObject : public VGLRenderObject {

@@ -232,6 +232,8 @@ EglContext EglContext::create(const ContextRequest& request) {
                        "no such device",
                        "See the devices with: plime doctor",
                        {}};
+    if (tried.empty()) // none has the number
+        for (const EglDevice& device : eglDevices()) tried.push_back(device.label + ", not asked for");
     if (!failures.empty() && request.gpu.kind != GpuChoice::Kind::Name) message = failures.front();
     message.details = std::move(tried);
     throw Failure(Fault::OpenGL, std::move(message));

@@ -74,6 +74,30 @@ void checkGlobals(RawGlobals& raw, const Command* command) {
     if (options.quiet && options.verbose) refuse("-q", "contradicts -v", "Give one of them");
 }
 
+/// The option of that name, long or short; null where the syntax has none.
+const Syntax::Option* optionNamed(const Syntax& syntax, const std::string& name) {
+    const auto isMeant = [&](const Syntax::Option& option) {
+        return (',' + option.names + ',').find(',' + name + ',') != std::string::npos;
+    };
+    const auto found = std::ranges::find_if(syntax.options, isMeant);
+    return found == syntax.options.end() ? nullptr : &*found;
+}
+
+bool takesValue(const Syntax& syntax, const std::string& name) {
+    const Syntax::Option* const option = optionNamed(syntax, name);
+    return option && !std::holds_alternative<bool*>(option->target);
+}
+
+/// Throws when a command's own option stands before it, so that its value was taken for the command.
+void refuseOptionBefore(const std::vector<std::string>& arguments, std::size_t at, const Commands& commands) {
+    if (at == 0) return;
+    for (const auto& command : commands)
+        if (std::ranges::find(arguments, command->name()) != arguments.end() &&
+            takesValue(command->syntax(), arguments[at - 1]))
+            refuse(arguments[at - 1], "belongs behind the command " + std::string(command->name()),
+                   helpFor(command.get()));
+}
+
 /// Takes the command's name, the first word that is neither an option nor the value of a global one, out of
 /// the arguments.
 Command* takeCommand(std::vector<std::string>& arguments, const Commands& commands, RawGlobals& globals) {
@@ -91,6 +115,7 @@ Command* takeCommand(std::vector<std::string>& arguments, const Commands& comman
         if (command->name() == word) return command.get();
         names.emplace_back(command->name());
     }
+    refuseOptionBefore(arguments, at, commands);
     refuse(word, "is not a command", didYouMean(word, names, helpFor(nullptr)));
 }
 
@@ -187,13 +212,26 @@ void parseWith(CLI::App& app, std::vector<std::string> arguments, const Syntax& 
             word.starts_with('-') ? word : "--" + word; // CLI11 leaves out a switch's dashes
         const CLI::Option* const option = app.get_option_no_throw(name);
         const bool isSwitch = option && option->get_items_expected_max() == 0;
-        refuse(name, isSwitch ? "takes no value" : "has no value", helpFor(command));
+        const Syntax::Option* const known = optionNamed(syntax, name);
+        refuse(known ? known->names : name, isSwitch ? "takes no value" : "has no value", helpFor(command));
     } catch (const CLI::ParseError& error) {
         const std::string text = error.what();
         refuse(text.substr(0, text.find(':')), "cannot be understood", helpFor(command));
     }
     for (const std::string& unknown : app.remaining())
         if (unknown.starts_with('-') && unknown != "--") refuseUnknownOption(unknown, app, syntax, command);
+}
+
+/// "-o=FILE" as "-oFILE", as with the long name; no file whose name begins with "=" is meant.
+void dropEqualSigns(std::vector<std::string>& arguments, const Syntax& syntax) {
+    for (std::size_t at = 0; at < arguments.size() && arguments[at] != "--"; ++at) {
+        std::string& argument = arguments[at];
+        if (argument.size() < 3 || argument[0] != '-' || argument[1] == '-' || argument[2] != '=') continue;
+        if (!takesValue(syntax, argument.substr(0, 2))) continue;
+        const bool isEmpty = argument.size() == 3;
+        argument.erase(2, 1);
+        if (isEmpty) arguments.emplace(arguments.begin() + static_cast<std::ptrdiff_t>(++at));
+    }
 }
 
 } // namespace
@@ -203,6 +241,7 @@ Invocation parseArguments(std::vector<std::string> arguments, const Commands& co
     Command* const command = takeCommand(arguments, commands, raw);
     const Syntax syntax = command ? command->syntax() : Syntax{};
     if (syntax.modules) *syntax.modules = takeModuleChain(arguments, syntax.groups);
+    dropEqualSigns(arguments, syntax);
 
     CLI::App app;
     app.set_help_flag();

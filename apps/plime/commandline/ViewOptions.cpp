@@ -71,15 +71,16 @@ void readSize(const std::string& text, FrameSetup& setup) {
                                      {}});
 }
 
-Camera cameraFrom(const std::string& text, const glm::dvec3& up, const krod::BoundingSphere& bounds) {
+/// Eye, target and angle, without planes.
+void readCamera(const std::string& text, Camera& camera) {
     const std::string expected =
         "EX,EY,EZ:TX,TY,TZ[:FOV], eye and target in world units and an angle in degrees";
     const std::vector<std::string> parts = split(text, ':');
     if (parts.size() < 2 || parts.size() > 3) refuse("--camera", expected, text);
-    const double angle = parts.size() == 3 ? numbers(parts[2], 1, 1, "--camera", expected, text)[0]
+    camera.fieldOfView = parts.size() == 3 ? numbers(parts[2], 1, 1, "--camera", expected, text)[0]
                                            : Camera::DefaultFieldOfView;
-    return Camera::between(point(parts[0], "--camera", expected, text),
-                           point(parts[1], "--camera", expected, text), up, angle, bounds);
+    camera.eye = point(parts[0], "--camera", expected, text);
+    camera.target = point(parts[1], "--camera", expected, text);
 }
 
 glm::dvec3 pointOf(const std::array<double, 3>& p) { return {p[0], p[1], p[2]}; }
@@ -114,6 +115,20 @@ void ViewOptions::addTo(Syntax& syntax) {
     syntax.options.push_back({"--overlap", &overlap});
 }
 
+Camera ViewOptions::typedCamera(const Camera& asked, const krod::BoundingSphere& bounds) const {
+    try {
+        return Camera::between(asked.eye, asked.target, asked.up, asked.fieldOfView, bounds);
+    } catch (const Failure& failure) {
+        Diagnostic message = failure.diagnostic();
+        const bool isUp = message.who == "up";
+        const bool blamesUp = isUp ? up.has_value() : !camera;
+        message.who = blamesUp ? "--up" : "--camera";
+        message.got = '"' + (blamesUp ? *up : *camera) + '"';
+        if (isUp && !blamesUp) message.advice = "Choose one with --up";
+        throw Failure(failure.fault(), message);
+    }
+}
+
 FrameSetup ViewOptions::frameOf(const krod::BoundingSphere& bounds) const {
     FrameSetup setup = saved ? workbench::frameOf(*saved) : FrameSetup{};
     if (size) readSize(*size, setup);
@@ -122,11 +137,8 @@ FrameSetup ViewOptions::frameOf(const krod::BoundingSphere& bounds) const {
     const double aspect = static_cast<double>(setup.width) / setup.height;
     setup.camera = saved && saved->camera ? cameraOf(*saved->camera, bounds) : Camera::fitted(bounds, aspect);
     if (up) setup.camera.up = point(*up, "--up", "X,Y,Z, a direction in world units", *up);
-    if (camera)
-        setup.camera = cameraFrom(*camera, setup.camera.up, bounds);
-    else if (up)
-        setup.camera = Camera::between(setup.camera.eye, setup.camera.target, setup.camera.up,
-                                       setup.camera.fieldOfView, bounds);
+    if (camera) readCamera(*camera, setup.camera);
+    if (camera || up) setup.camera = typedCamera(setup.camera, bounds);
     if (background) {
         const auto rgba = numbers(*background, 3, 4, "--background", "R,G,B[,A], linear values", *background);
         for (std::size_t i = 0; i < rgba.size(); ++i)

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// From where a scene is seen: --size, --camera, --up, --background.
+// From where a scene is seen, and in which tiles: --size, --camera, --up, --background, --tile, --overlap.
 #pragma once
 
 #include "apps/plime/commandline/Command.h"
@@ -27,6 +27,10 @@ struct ViewOptions {
     /// 1280x720 and the camera fitted to the bounds, unless asked or saved otherwise. Throws Failure(Usage) that
     /// names the option.
     [[nodiscard]] FrameSetup frameOf(const krod::BoundingSphere& bounds) const;
+
+private:
+    /// With the planes that the bounds need, where --camera or --up is typed.
+    [[nodiscard]] Camera typedCamera(const Camera& asked, const krod::BoundingSphere& bounds) const;
 };
 
 /// A saved camera with the planes that the bounds need. Throws Failure(Usage) as Camera::between.

@@ -58,7 +58,7 @@ Json factsOfPicture(const std::string& file) {
                {"size", {picture.width, picture.height}},
                {"channels", channelsOf(picture)},
                {"depth", depthName(picture.depth)},
-               {"format", lowerExtension(file)},
+               {"format", picture.format},
                {"network", picture.find(NetworkName) != nullptr},
                {"metadata", Json::object()}};
     for (const Metadatum& entry : picture.metadata)

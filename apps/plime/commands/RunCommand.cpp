@@ -6,6 +6,7 @@
 #include "apps/plime/pictures/PictureProcessing.h"
 #include "apps/plime/pictures/PictureRendering.h"
 #include "apps/plime/terminal/Numbers.h"
+#include "workbench/files/InputKind.h"
 #include "workbench/files/PictureFormat.h"
 #include "workbench/network/NetworkFile.h"
 
@@ -47,6 +48,21 @@ Examples:
   plime info galaxy.exr --network > again.json && plime run again.json
 )";
 
+/// Throws as readNetwork, and Failure(Input) for a picture, which may keep a network.
+Network networkOf(const std::string& path) {
+    try {
+        return readNetwork(path);
+    } catch (const Failure&) {
+        if (kindOf(path) != InputKind::Picture) throw;
+    }
+    throw Failure(Fault::Input, {path,
+                                 "is a picture, no network",
+                                 "",
+                                 "",
+                                 "Take the network that it keeps with: plime info " + path + " --network",
+                                 {}});
+}
+
 class RunCommand : public Command {
 public:
     [[nodiscard]] std::string_view name() const noexcept override { return "run"; }
@@ -66,7 +82,7 @@ public:
 
     int run(Session& session) override {
         const WriteOptions asked = wish.writeOptions(session.options());
-        Network network = readNetwork(path);
+        Network network = networkOf(path);
         const auto folder = std::filesystem::path(path).parent_path();
         changePaths(network, [&](const std::string& file) { return (folder / file).string(); });
         const std::vector<std::string> outputs = outputsOf(network, path, wish.path);

@@ -127,6 +127,7 @@ public:
             return 0;
         }
         requirePlugin();
+        gpu = session.options().gpu;
         if (inChild) {
             const auto [check, seed] = parseRepeat("--in-child", *inChild);
             performInChild(*check, seed, subject(session));
@@ -146,7 +147,7 @@ private:
                 {"plime validate", "PLUGIN.so is missing", "", "", "See \"plime help validate\"", {}});
         std::error_code error;
         if (!std::filesystem::exists(*plugin, error))
-            throw Failure(Fault::Usage, {*plugin, "is not there", "the file of a plug-in", "", "", {}});
+            throw Failure(Fault::Usage, {*plugin, "does not exist", "", "", "Check the path", {}});
         path = std::filesystem::absolute(*plugin).lexically_normal();
     }
 
@@ -183,7 +184,8 @@ private:
     /// The command that repeats a check with the same drawn values.
     [[nodiscard]] std::string command(const Result& result) const {
         return "plime validate " + shellWord(*plugin) + " --reproduce " +
-               repeatText(*result.check, result.seed) + (expect ? " --expect " + shellWord(*expect) : "");
+               repeatText(*result.check, result.seed) + (expect ? " --expect " + shellWord(*expect) : "") +
+               (gpu.kind == GpuChoice::Kind::Automatic ? "" : " --gpu " + shellWord(gpu.text()));
     }
 
     [[nodiscard]] std::string lineOf(const Result& result) const {
@@ -235,13 +237,15 @@ private:
     template <class Count>
     [[nodiscard]] static std::string summary(std::size_t checks, std::ptrdiff_t findings,
                                              const Count& count) {
-        return std::to_string(checks) + " checks: " + std::to_string(count(Kind::Pass)) + " passed, " +
-               std::to_string(count(Kind::Warn)) + " with a warning, " + std::to_string(findings) +
-               " with a finding, " + std::to_string(count(Kind::Skip)) + " skipped\n";
+        return std::to_string(checks) + (checks == 1 ? " check: " : " checks: ") +
+               std::to_string(count(Kind::Pass)) + " passed, " + std::to_string(count(Kind::Warn)) +
+               " with a warning, " + std::to_string(findings) + " with a finding, " +
+               std::to_string(count(Kind::Skip)) + " skipped\n";
     }
 
     std::optional<std::string> plugin, level, expect, reproduce, inChild;
     std::filesystem::path path;
+    GpuChoice gpu;
     bool list = false, recording = false, asJson = false;
 };
 

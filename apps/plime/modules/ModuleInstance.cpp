@@ -105,10 +105,9 @@ void ModuleInstance::setText(const std::string& name, const std::string& text, L
     const StrongPtr<VValueBase> value = target.value().clone();
     if (const krod::TextResult result = value->setFromText(text); !result)
         refuse(who(), "parameter \"" + name + "\" cannot take this value", result.expected, quoted(text), "");
-    if (const auto greatest = exceededArrayLimit(row.key, name, *value))
-        refuse(who(), "parameter \"" + name + "\" would make arrays of more than 2048 elements",
-               "at most " + *greatest, value->text(), "");
     if (limits == Limits::Checked) requireWithinLimits(target, *value);
+    if (const auto greatest = exceededArrayLimit(row.key, name, *value))
+        refuse(who(), tooLongArrays(name), "at most " + *greatest, value->text(), "");
     target.setValue(value);
     files.erase(name);
 }
@@ -170,7 +169,8 @@ void ModuleInstance::requireWithinLimits(const VParameter& target, const VValueB
     if (inOrder(least.get(), &value) && inOrder(&value, most.get())) return;
     if (value.text() == initial.at(target.name())->text()) return;
     refuse(who(), "parameter \"" + target.name() + "\" is outside its limits",
-           limitsText(least.get(), most.get()), value.text(), "Set it nevertheless with --unchecked");
+           limitsText(least.get(), most.get()), value.text(),
+           exceededArrayLimit(row.key, target.name(), value) ? "" : "Set it nevertheless with --unchecked");
 }
 
 void inTheNameOf(const ModuleInstance& module, const std::function<void()>& work) {

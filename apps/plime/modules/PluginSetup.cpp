@@ -50,6 +50,8 @@ private:
     void library(const fs::path& file, PluginOrigin origin) {
         PluginAttempt attempt{file.string(), origin, PluginAttempt::Outcome::Failed, "", std::nullopt};
         try {
+            if (std::error_code error; !fs::exists(file, error) && !error)
+                throw Failure(Fault::Plugin, {attempt.path, "does not exist", "", "", "Check the path", {}});
             attempt.name = PluginEntry::read(file).name;
             if (isLoaded(attempt.name)) {
                 attempt.outcome = PluginAttempt::Outcome::PassedOver;

@@ -9,8 +9,10 @@
 #include "workbench/network/Network.h"
 
 #include <filesystem>
+#include <optional>
 #include <set>
 #include <string>
+#include <utility>
 
 namespace workbench {
 
@@ -34,7 +36,7 @@ public:
     void showPicture(const std::string& path) { view().picture = path; }
     /// Appends a tile module that works on the picture.
     void addProcessor(const ModuleInstance& module) { view().processors.push_back(add(module)); }
-    /// How the scene is seen; tiles are told when they differ from one whole picture.
+    /// How the scene is seen; tiles are told when these, or those that are usual, would cut it.
     void setFrame(const FrameSetup& setup);
     /// How tile processors saw a picture: tiles of that size and the pixels around what is kept of each.
     void setTiles(int width, int height, int overlap) { view().tiles = {width, height, overlap}; }

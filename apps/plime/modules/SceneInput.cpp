@@ -12,8 +12,6 @@
 namespace workbench {
 namespace {
 
-constexpr std::string_view DemoPrefix = "demo:";
-
 /// Generated scenes stand in the group "Demo".
 bool isDemo(const CatalogueEntry& entry) { return entry.category == "Scene" && entry.group == "Demo"; }
 std::string demoName(const CatalogueEntry& entry) { return std::string(DemoPrefix) + lowerCase(entry.name); }

@@ -11,8 +11,12 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace workbench {
+
+/// What the names of demos begin with.
+inline constexpr std::string_view DemoPrefix = "demo:";
 
 /// The object of "demo:NAME", or of a file of points, a model or a picture, with the file's name set. Throws
 /// Failure(Usage) for an unknown demo, Failure(Input) for a file that cannot be read, Failure(Plugin) where

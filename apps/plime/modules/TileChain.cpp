@@ -27,12 +27,15 @@ Failure notATileProcessor(const std::string& key) {
     std::string known;
     for (const krod::VInputCreatorBase* offered : InputCreatorRegistry::find(typeid(Processor)))
         known += (known.empty() ? "" : ", ") + offered->creator().keyname();
-    return Failure(Fault::Usage, {key,
-                                  "is no tile processor",
-                                  known.empty() ? "one" : "one of " + known,
-                                  "",
-                                  "Displays go behind --display of \"plime render\"",
-                                  {}});
+    return Failure(Fault::Usage,
+                   {key,
+                    "is no tile processor",
+                    known.empty() ? "one" : "one of " + known,
+                    "",
+                    key.starts_with("Display/") ? "Displays go behind --display of \"plime render\""
+                    : key.starts_with("Scene/") ? "Scenes are the INPUT of \"plime render\""
+                                                : "",
+                    {}});
 }
 
 /// The program of a processor that draws with OpenGL; null for others.

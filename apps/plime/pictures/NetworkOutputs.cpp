@@ -2,6 +2,7 @@
 #include "apps/plime/pictures/NetworkOutputs.h"
 
 #include "apps/plime/commandline/ViewOptions.h"
+#include "apps/plime/pictures/OutputPattern.h"
 #include "workbench/files/PictureFormat.h"
 #include "workbench/network/NetworkFile.h"
 #include "workbench/report/Failure.h"
@@ -31,6 +32,7 @@ std::vector<std::string> outputsOf(const Network& network, const std::string& fi
     if (network.views.empty())
         refuseNetwork(file, {}, "has no view, so that there is nothing to make",
                       "a picture or an object under \"views\"");
+    if (pattern) requireKnownPlaceholders(*pattern, {"view"}, "{view}, the name of a view");
     const std::string usual = std::filesystem::path(file).stem().string() + "_{view}.exr";
     const std::string name = pattern.value_or(usual);
     const bool distinguishes = name.find(Placeholder) != std::string::npos;

@@ -41,20 +41,24 @@ Failure clash(const std::string& output, std::string what, const std::string& pa
 
 } // namespace
 
+void requireKnownPlaceholders(std::string_view pattern, const std::vector<std::string_view>& known,
+                              const std::string& expected) {
+    for (; !pattern.empty(); pattern.remove_prefix(1)) {
+        const std::string_view word = placeholderAt(pattern);
+        if (word.empty() || std::ranges::find(known, word) != known.end()) continue;
+        throw Failure(Fault::Usage,
+                      {"-o", "has an unknown placeholder", expected, '{' + std::string(word) + '}', "", {}});
+    }
+}
+
 OutputPattern::OutputPattern(std::string pattern) : text(std::move(pattern)) {
     for (std::string_view rest = text; !rest.empty(); rest.remove_prefix(1)) {
         const std::string_view word = placeholderAt(rest);
         takesStem |= word == Stem;
         takesExtension |= word == Extension;
-        if (!word.empty() && word != Stem && word != Extension)
-            throw Failure(Fault::Usage, {"-o",
-                                         "has an unknown placeholder",
-                                         "{stem}, the name of the input without its extension, or {ext}, its "
-                                         "extension",
-                                         '{' + std::string(word) + '}',
-                                         "",
-                                         {}});
     }
+    requireKnownPlaceholders(text, {Stem, Extension},
+                             "{stem}, the name of the input without its extension, or {ext}, its extension");
 }
 
 std::string OutputPattern::outputFor(const std::string& input) const {

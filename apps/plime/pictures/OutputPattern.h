@@ -3,9 +3,14 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace workbench {
+
+/// Throws Failure(Usage) when -o has a word of letters in braces that is none of these; `expected` describes them.
+void requireKnownPlaceholders(std::string_view pattern, const std::vector<std::string_view>& known,
+                              const std::string& expected);
 
 /// The name of an output with placeholders for the input's: {stem}, its file name without folder and
 /// extension, and {ext}, its extension without the point. A word of letters in braces that is neither is

@@ -27,8 +27,10 @@ void OutputWish::addTo(Syntax& syntax) {
 }
 
 std::string OutputWish::requirePath() const {
-    if (!path || path->empty())
+    if (!path)
         throw Failure(Fault::Usage, {"-o", "is missing", "the picture to write, -o OUT.exr", "", "", {}});
+    if (path->empty())
+        throw Failure(Fault::Usage, {"-o,--output", "names no file", "the picture to write", "\"\"", "", {}});
     static_cast<void>(outputFormat(*path));
     return *path;
 }
@@ -38,9 +40,12 @@ WriteOptions OutputWish::writeOptions(const GlobalOptions& global) const {
     options.srgb = srgb;
     options.noClobber = global.noClobber;
     if (depth && !(options.depth = depthFromName(*depth)))
-        throw Failure(
-            Fault::Usage,
-            {"-d", "knows no such depth", "half, float, uint8 or uint16", '"' + *depth + '"', "", {}});
+        throw Failure(Fault::Usage, {"-d,--depth",
+                                     "knows no such depth",
+                                     "half, float, uint8 or uint16",
+                                     '"' + *depth + '"',
+                                     "",
+                                     {}});
     return options;
 }
 

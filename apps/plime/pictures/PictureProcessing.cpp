@@ -2,15 +2,19 @@
 #include "apps/plime/pictures/PictureProcessing.h"
 
 #include "apps/plime/commandline/ViewOptions.h"
+#include "apps/plime/modules/SceneInput.h"
 #include "apps/plime/pictures/KeptTiles.h"
 #include "apps/plime/pictures/MemoryUse.h"
 #include "apps/plime/pictures/TilePass.h"
 #include "apps/plime/terminal/Numbers.h"
+#include "workbench/files/InputKind.h"
 #include "workbench/gl/RenderTarget.h"
 #include "workbench/network/NetworkFile.h"
 #include "workbench/platform/EglContext.h"
 
 #include <algorithm>
+#include <filesystem>
+#include <system_error>
 
 namespace workbench {
 namespace {
@@ -47,6 +51,32 @@ PictureDescription outputDescription(const PictureReader& reader, const std::str
     description.isGrey = false; // channels are processed one by one and may come apart
     setNetworkLine(description, network);
     return description;
+}
+
+/// Throws Failure(Input) for what another command takes.
+void refuseOtherInput(const std::string& input) {
+    const auto refuse = [&](const char* what, const std::string& advice) {
+        throw Failure(Fault::Input, {input, what, "", "", advice, {}});
+    };
+    std::error_code error;
+    if (input.starts_with(DemoPrefix) && !std::filesystem::exists(input, error))
+        refuse("is a demo scene, no picture", "Draw it with: plime render " + input);
+    if (lowerExtension(input) == "json")
+        refuse("is a network, no picture", "Make its pictures with: plime run " + input);
+    const auto kind = kindOf(input);
+    if (kind == InputKind::Points)
+        refuse("is a list of points, no picture", "Draw it with: plime render " + input);
+    if (kind == InputKind::Model) refuse("is a model, no picture", "Draw it with: plime render " + input);
+}
+
+/// Only what is no picture is looked at further, since a picture may have any name.
+std::unique_ptr<PictureReader> opened(const std::string& input) {
+    try {
+        return PictureReader::open(input);
+    } catch (const Failure& failure) {
+        if (failure.fault() == Fault::Input) refuseOtherInput(input);
+        throw;
+    }
 }
 
 } // namespace
@@ -96,7 +126,7 @@ Network PictureProcessing::process(const PictureJob& job, const ProgressPart* pa
 
 Network PictureProcessing::processInTiles(const PictureJob& job, const ProgressPart* part,
                                           TileAttempt& attempt) {
-    const auto reader = PictureReader::open(job.input);
+    const auto reader = opened(job.input);
     wish.path = job.output;
     const TilingTask task = taskOf(job.input, *reader);
     TilingWish wanted = tiling;

@@ -44,6 +44,7 @@ void OiioReader::describe() {
                      static_cast<std::int64_t>(spec.nchannels) *
                          static_cast<std::int64_t>(spec.format.size()),
                      std::filesystem::file_size(file));
+    about.format = input->format_name();
     about.width = spec.width;
     about.height = spec.height;
     about.depth = depthOf(spec.format);

@@ -102,6 +102,7 @@ void ExrReader::openPart() {
         bytes += it.channel().type == Imf::HALF ? 2 : 4;
     }
     checkPictureSize(file, width, height, channels, bytes, std::filesystem::file_size(file));
+    about.format = "exr";
     about.width = static_cast<int>(width);
     about.height = static_cast<int>(height);
     about.dataX = data.min.x;

@@ -111,6 +111,7 @@ RowMemory rowMemoryIn(std::string_view bytes) {
 
 std::string packed(const PictureDescription& about) {
     ParcelWriter parcel;
+    parcel.text(about.format);
     parcel.number(static_cast<std::uint64_t>(about.depth)).number(about.hasAlpha).number(about.isGrey);
     pack(parcel, PixelWindow{about.dataX, about.dataY, about.width, about.height});
     parcel.number(about.displayWindow.has_value());
@@ -130,6 +131,7 @@ std::string packed(const PictureDescription& about) {
 PictureDescription descriptionIn(std::string_view bytes) {
     ParcelReader parcel(bytes);
     PictureDescription about;
+    about.format = parcel.text();
     about.depth = static_cast<PixelDepth>(parcel.number(static_cast<std::uint64_t>(PixelDepth::Float)));
     about.hasAlpha = parcel.flag();
     about.isGrey = parcel.flag();
