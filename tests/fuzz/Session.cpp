@@ -287,7 +287,8 @@ private:
 
     /// What was saved is refused for its texts only, or comes back the same.
     void saveAndLoad(NetworkLayout layout) const {
-        const std::string text = textOf(network(), layout);
+        std::string text;
+        if (!succeeds([&] { text = textOf(network(), layout); }, Fault::Network)) return; // no UTF-8, for instance
         const std::size_t objectsBefore = ObjectRegistry::count(), livingBefore = livingObjectCount();
         succeeds(
             [&] {

@@ -99,7 +99,7 @@ TEST(ValidateCommand, Reproduce_repeats_one_check_with_its_seed) {
     EXPECT_EQ(line.at("kind"), "fail");
     EXPECT_EQ(line.at("seed"), 17);
     EXPECT_EQ(line.at("reproduce"),
-              "plime validate " MUTANT_FOLDER "/RefusesLeastValue.so --reproduce update:17");
+              "plime validate " MUTANT_FOLDER "/RefusesLeastValue.so --reproduce update:17 --gpu software");
     const Validation second = validation(MUTANT_FOLDER "/RefusesLeastValue.so", {"--reproduce", "update:17"});
     EXPECT_EQ(first.report, second.report);
 }
@@ -113,7 +113,7 @@ TEST(ValidateCommand, Text_tells_the_seed_of_what_draws_values_where_it_passes_t
     EXPECT_NE(all.output.find("pass     creation\n"), std::string::npos) << all.output;
     const std::string word = passed.substr(passed.rfind(' ') + 1);
     const Result again = run({"validate", MUTANT_FOLDER "/None.so", "--reproduce", word});
-    EXPECT_EQ(again.output, passed + "\n1 checks: 1 passed, 0 with a warning, 0 with a finding, 0 skipped\n");
+    EXPECT_EQ(again.output, passed + "\n1 check: 1 passed, 0 with a warning, 0 with a finding, 0 skipped\n");
     EXPECT_EQ(again.code, 0);
 }
 

@@ -112,18 +112,18 @@ TileChain::TileChain(Modules made) : modules(std::move(made)) {
 
 void TileChain::prepare() {
     processors.clear();
+    warned.clear();
     for (const auto& module : modules) {
         const TileStep step(*module);
         step.update(pool);
         processors.push_back(step.processor());
-        warnOfNoOutput(processors.size() - 1);
     }
 }
 
-/// Such a program compiles, and the picture is what the driver's registers hold.
+/// Once for each program that draws: such a program compiles, and the picture is what the driver's registers hold.
 void TileChain::warnOfNoOutput(std::size_t index) const {
     const auto* const shader = shaderOf(processors[index]);
-    if (shader && !namesAnOutput(shader->shaderCode()))
+    if (shader && warned.insert(index).second && !namesAnOutput(shader->shaderCode()))
         krod::VActionNotifier::Warning(authorOf(index) +
                                        ": its program never writes gl_FragColor, so its pixels have no "
                                        "certain values");
@@ -156,6 +156,7 @@ void TileChain::process(std::size_t index, krod::ImageTile& tile) const {
     const DrawingWatch watch(pixels, author);
     try {
         inTheNameOf(module, [&] { processors[index]->process(krod::VRenderContext(pool), tile); });
+        warnOfNoOutput(index);
     } catch (const Failure& failure) {
         if (failure.fault() != Fault::Shader || author == module.entry().key) throw;
         Diagnostic message = failure.diagnostic();

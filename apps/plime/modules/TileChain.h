@@ -8,6 +8,7 @@
 #include "host/rendering/ImageTileProcessor.h"
 
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -46,7 +47,7 @@ public:
     /// The modules, in the order of their work.
     [[nodiscard]] const Modules& instances() const noexcept { return modules; }
 
-    /// Updates every module and takes its processor; warns of programs without an output. Before the first tile.
+    /// Updates every module and takes its processor. Before the first tile.
     void prepare();
     /// Whether one of the processors draws with OpenGL. After prepare().
     [[nodiscard]] bool drawsWithOpenGL() const;
@@ -57,7 +58,7 @@ public:
     /// process().
     void compile() const;
     /// Runs every processor over the tile, each as inTheNameOf its module. A shader that does not compile is
-    /// named by the parameter and the file that it comes from.
+    /// named by the parameter and the file that it comes from; one that writes no colour is warned of, once.
     void process(krod::ImageTile& tile) const;
 
 private:
@@ -68,6 +69,7 @@ private:
     Modules modules;
     std::vector<krod::StrongPtr<krod::ImageTileProcessor>> processors;
     krod::VValuePool pool;
+    mutable std::set<std::size_t> warned; ///< processors whose programs were looked at
 };
 
 } // namespace workbench
