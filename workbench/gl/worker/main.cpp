@@ -82,7 +82,7 @@ double drawTile(const ShaderTrial& trial, int side) {
 /// drawing does not count, since drivers compile in it.
 double drawTiles(const ShaderTrial& trial) {
     constexpr int Small = 16, Large = 128;
-    constexpr double LittleTime = 1;
+    constexpr double LittleTime = 0.25;
     static_cast<void>(drawTile(trial, Small));
     const double secondsPerPixel = drawTile(trial, Small);
     return secondsPerPixel * Large * Large > LittleTime ? secondsPerPixel : drawTile(trial, Large);
