@@ -117,6 +117,7 @@ TEST_F(PlimeInput, whatIsNoPicture_isToldAsWhatItIs) {
     refused(points, ": is a list of points, no picture. Draw it with: plime render " + points + '.');
     refused(model, ": is a model, no picture. Draw it with: plime render " + model + '.');
     refused(network, ": is a network, no picture. Make its pictures with: plime run " + network + '.');
+    refused(at("gone.json"), ": does not exist. Check the path.");
     refused("demo:knot", ": is a demo scene, no picture. Draw it with: plime render demo:knot.");
     refused(other, ": cannot be read as a picture — expected EXR, PNG, TIFF, JPEG, HDR or another picture "
                    "format, got OpenImageIO could not find a format reader for \"" +

@@ -56,8 +56,7 @@ inline constexpr std::string_view NetworkName = "krod:network";
 /// Size, depth, channels and metadata of a picture.
 struct KROD_FILES_API PictureDescription {
     int width = 0, height = 0;
-    std::string
-        format; ///< of the file that was read, whatever its name: "exr", "png"; not heeded when written
+    std::string format; ///< of the file that was read, whatever its name: "exr", "png"; not heeded in writing
     PixelDepth depth = PixelDepth::Half; ///< of the colour channels in the file
     bool hasAlpha = false;
     bool isGrey = false;      ///< one value for red, green and blue; when written, it is taken from red
@@ -69,8 +68,7 @@ struct KROD_FILES_API PictureDescription {
     std::vector<ExtraChannel> extraChannels; ///< can be had from the reader and given to the writer
     std::vector<std::string> unreadChannels; ///< are in the file, but not read
     std::vector<Metadatum> metadata;         ///< in the order of the file
-    std::uint64_t readerBytes =
-        0; ///< what a reader holds of it beside the rows that it hands out, as estimated
+    std::uint64_t readerBytes = 0; ///< what a reader holds of it beside rows that it hands out, as estimated
 
     /// The entry of that name, or null.
     [[nodiscard]] const Metadatum* find(std::string_view name) const;

@@ -61,6 +61,7 @@ void refuseOtherInput(const std::string& input) {
     std::error_code error;
     if (input.starts_with(DemoPrefix) && !std::filesystem::exists(input, error))
         refuse("is a demo scene, no picture", "Draw it with: plime render " + input);
+    checkInputFile(input);
     if (lowerExtension(input) == "json")
         refuse("is a network, no picture", "Make its pictures with: plime run " + input);
     const auto kind = kindOf(input);
