@@ -67,11 +67,14 @@ TEST_F(PlimeDisk, thatIsFull_keepsTheOldFile_whateverWrites) {
         if (disk.isThere())
             std::ofstream(std::filesystem::path(target) / "fills") << std::string(15 * 4096, 'x');
         Call call{words};
-        if (!disk.isThere()) call.largestFile = 1024; // the system lets no test have a disk of its own
+        if (!disk.isThere()) call.largestFile = 200; // the system lets no test have a disk of its own
         const Result result = run(call);
         EXPECT_EQ(result.code, 4) << words[0];
         EXPECT_EQ(occurrences(result.error, "\n"), 1U) << result.error;
-        EXPECT_TRUE(result.error.starts_with("plime: error: " + file.string())) << result.error;
+        // Where every file is limited, the picture beside a network fails before it.
+        const bool beside = !disk.isThere() && written.front() == "a.json";
+        EXPECT_TRUE(result.error.starts_with("plime: error: " + (beside ? at("b.exr") : file.string())))
+            << result.error;
         EXPECT_EQ(read(file), Old);
         std::filesystem::remove(file);
         std::filesystem::remove(std::filesystem::path(target) / "fills");
