@@ -70,6 +70,7 @@ int perform(const Invocation& invocation, const Commands& commands, Streams& str
             {.worker = executableFolder() / "plime-shader-worker", .stuck = endStuckDrawing});
         code = invocation.command->run(session);
         throwIfInterrupted();
+        report.finish();
     }
     streams.finish();
     return code;

@@ -42,19 +42,40 @@ TEST(Report_quiet, leaves_out_warnings_but_not_errors) {
     EXPECT_EQ(written([](Report& report) {
                   report.setQuiet(true);
                   report.warning(Message);
-                  report.note("Something.");
+                  report.note(Message);
+                  report.detail("Something.");
+                  report.finish();
                   report.error({"", "it failed", "", "", "", {}});
               }),
               "plime: error: it failed.\n");
 }
 
-TEST(Report_note, is_printed_only_when_verbose) {
-    EXPECT_EQ(written([](Report& report) { report.note("Something."); }), "");
-    EXPECT_EQ(written([](Report& report) {
+TEST(Report_detail, is_printed_only_when_verbose) {
+    const auto tell = [](Report& report) {
+        report.detail("Something.");
+        report.finish();
+    };
+    EXPECT_EQ(written(tell), "");
+    EXPECT_EQ(written([&](Report& report) {
                   report.setVerbose(true);
-                  report.note("Something.");
+                  tell(report);
               }),
               "plime: Something.\n");
+}
+
+TEST(Report_note, is_counted_in_the_last_line_and_printed_when_verbose) {
+    const Diagnostic message = {"a.exr", "has two layers", "", "", "", {}};
+    const auto tell = [&](Report& report, int times) {
+        for (; times > 0; --times) report.note(message);
+        report.finish();
+    };
+    EXPECT_EQ(written([&](Report& report) { tell(report, 1); }), "plime: 1 note, -v shows it.\n");
+    EXPECT_EQ(written([&](Report& report) { tell(report, 2); }), "plime: 2 notes, -v shows them.\n");
+    EXPECT_EQ(written([&](Report& report) {
+                  report.setVerbose(true);
+                  tell(report, 2);
+              }),
+              "plime: note: a.exr: has two layers.\nplime: note: a.exr: has two layers.\n");
 }
 
 TEST(Report_colour, is_there_when_asked_for_and_not_where_no_terminal_is) {

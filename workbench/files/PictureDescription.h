@@ -53,12 +53,31 @@ struct Metadatum {
 /// The name under which the network that made a picture is kept.
 inline constexpr std::string_view NetworkName = "krod:network";
 
+/// How the color values of a file are meant, by its own word or its format's convention.
+enum class Transfer {
+    Unknown,
+    Linear, ///< proportional to light
+    Srgb,   ///< encoded with the sRGB curve of IEC 61966-2-1
+};
+
 /// Size, depth, channels and metadata of a picture.
 struct KROD_FILES_API PictureDescription {
     int width = 0, height = 0;
     std::string format; ///< of the file that was read, whatever its name: "exr", "png"; not heeded in writing
     PixelDepth depth = PixelDepth::Half; ///< of the colour channels in the file
     bool hasAlpha = false;
+    /// Color is stored multiplied by alpha: EXR, TIFF by its tag, drawn pictures. PNG and WebP never are.
+    bool alphaIsAssociated = false;
+    Transfer transfer = Transfer::Unknown;
+    bool isLossy = false; ///< the pixels come from a lossy compression
+    /// Of the stored pixels, as TIFF and Exif number it from 1 (upright) to 8.
+    int orientation = 1;
+    float pixelAspect = 1; ///< width of a pixel over its height
+    /// Further pictures of the file that are not read, and what its format calls them: "parts", "pages",
+    /// "frames".
+    int furtherPictures = 0;
+    std::string furtherPicturesAre;
+    std::string layer;        ///< that color and alpha are taken from; empty where the file has no layers
     bool isGrey = false;      ///< one value for red, green and blue; when written, it is taken from red
     int dataX = 0, dataY = 0; ///< place of the first pixel
     std::optional<PixelWindow> displayWindow; ///< missing: the same as the data window

@@ -36,9 +36,9 @@ const Catalogue& Session::catalogue() {
         } else if (attempt.outcome == PluginAttempt::Outcome::Empty && asked) {
             throw Failure(Fault::Plugin, {attempt.path, "holds no plug-in", "files *.so", "none", "", {}});
         } else if (attempt.outcome == PluginAttempt::Outcome::PassedOver) {
-            messages.note(attempt.path + " is passed over: \"" + attempt.name + "\" is loaded already.");
+            messages.detail(attempt.path + " is passed over: \"" + attempt.name + "\" is loaded already.");
         } else if (attempt.outcome == PluginAttempt::Outcome::Loaded) {
-            messages.note(attempt.path + " is loaded as \"" + attempt.name + "\".");
+            messages.detail(attempt.path + " is loaded as \"" + attempt.name + "\".");
         }
     }
     modules = Catalogue::registered([this](LibraryId library) { return manager.find(library); });
@@ -47,7 +47,7 @@ const Catalogue& Session::catalogue() {
 
 void Session::noteShaderFiles() const {
     for (const ShaderFile& file : usedShaderFiles())
-        messages.note(file.name + " is taken from " + file.path.string() + ".");
+        messages.detail(file.name + " is taken from " + file.path.string() + ".");
 }
 
 } // namespace workbench

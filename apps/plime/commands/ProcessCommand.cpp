@@ -167,7 +167,7 @@ private:
             }
         }
         line.clear();
-        session.report().note(writtenText(jobs.size() - failed, jobs.size()) + '.');
+        session.report().detail(writtenText(jobs.size() - failed, jobs.size()) + '.');
         if (failed > 0)
             throw Failure(Fault::Partial,
                           {"",

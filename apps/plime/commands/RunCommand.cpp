@@ -102,7 +102,7 @@ public:
                 if (failure.fault() != Fault::Interrupted || outputs.size() == 1) throw;
                 throw interruptedAfter(i, outputs.size(), failure);
             }
-            session.report().note(outputs[i] + " is written.");
+            session.report().detail(outputs[i] + " is written.");
         }
         session.noteShaderFiles();
         return 0;

@@ -54,7 +54,7 @@ void keepTilesDuring(Report& report, const KeptWork& kept, const std::function<v
     }
     journal.remove();
     if (kept.resume)
-        report.note(std::to_string(journal.takenCount()) + " of " + std::to_string(kept.tiles) +
+        report.detail(std::to_string(journal.takenCount()) + " of " + std::to_string(kept.tiles) +
                     " tiles taken from " + parts + '.');
 }
 

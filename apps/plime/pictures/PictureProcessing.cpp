@@ -96,18 +96,18 @@ void tellOfTiles(Session& session, OpenGLOnDemand& openGL, const TileChain& chai
                  const TilePlan& plan) {
     Report& report = session.report();
     if (!task.shaderSide) {
-        report.note("Working in strips of " + std::to_string(plan.tileHeight()) + " rows.");
+        report.detail("Working in strips of " + std::to_string(plan.tileHeight()) + " rows.");
         return;
     }
     const std::string size = sizeText(plan.tileWidth(), plan.tileHeight());
     const std::string driver = openGL.rendering().driver();
     const ModuleInstance* const dependent = chain.dependentOnTile();
     if (plan.count() == 1) {
-        report.note("The picture is one tile of " + size + " pixels on " + driver + '.' +
+        report.detail("The picture is one tile of " + size + " pixels on " + driver + '.' +
                     (dependent ? " " + dependent->entry().key + " works with the place in it." : ""));
         return;
     }
-    report.note("The picture is cut into " + std::to_string(plan.count()) + " tiles of " + size +
+    report.detail("The picture is cut into " + std::to_string(plan.count()) + " tiles of " + size +
                 " pixels with an overlap of " + std::to_string(plan.overlap()) + ", on " + driver + '.');
     if (dependent) report.warning(cutWarning(task, plan, dependent->entry().key));
 }

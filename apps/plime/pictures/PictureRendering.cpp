@@ -170,8 +170,8 @@ void drawToFile(Session& session, OpenGLOnDemand& openGL, const RenderTask& task
     const DrawingPlan planned = drawingOf(session, rendering, task, setup);
     setup.tiles = planned.tiles;
     const auto tiles = planTiles(setup.width, setup.height, setup.tiles);
-    session.report().note("Drawing on " + rendering.driver() + ".");
-    if (tiles.size() > 1) session.report().note("Drawing in " + std::to_string(tiles.size()) + " tiles.");
+    session.report().detail("Drawing on " + rendering.driver() + ".");
+    if (tiles.size() > 1) session.report().detail("Drawing in " + std::to_string(tiles.size()) + " tiles.");
     if (task.chain.drawsWithOpenGL()) task.chain.compile();
     attempt.used = largestSide(tiles);
     attempt.overlap = setup.tiles.overlap;

@@ -37,15 +37,30 @@ void Report::warning(const Diagnostic& message) {
     if (!silent) print("warning: ", Yellow, message);
 }
 
-void Report::note(std::string_view text) {
+void Report::note(const Diagnostic& message) {
+    if (silent) return;
+    if (talkative)
+        print("note: ", "", message);
+    else
+        ++untoldNotes;
+}
+
+void Report::detail(std::string_view text) {
     if (talkative && !silent) write("plime: " + printable(text) + '\n');
+}
+
+void Report::finish() {
+    if (untoldNotes == 1) write("plime: 1 note, -v shows it.\n");
+    if (untoldNotes > 1) write("plime: " + std::to_string(untoldNotes) + " notes, -v shows them.\n");
+    untoldNotes = 0;
 }
 
 void Report::print(std::string_view kind, std::string_view colour, const Diagnostic& message) {
     std::string text = "plime: ";
-    if (coloured) text += colour;
+    const bool painted = coloured && !colour.empty();
+    if (painted) text += colour;
     text += kind;
-    if (coloured) text += Plain;
+    if (painted) text += Plain;
     text += printable(message.sentence()) + '\n';
     for (const std::string& detail : message.details) text += "  " + printable(detail) + '\n';
     write(text);

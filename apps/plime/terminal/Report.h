@@ -4,6 +4,7 @@
 
 #include "workbench/report/Failure.h"
 
+#include <cstddef>
 #include <string_view>
 
 namespace workbench {
@@ -24,17 +25,21 @@ public:
     explicit Report(int descriptor = 2);
 
     void setColour(Colour colour);
-    /// Leaves out warnings and notes.
+    /// Leaves out warnings, notes and details.
     void setQuiet(bool quiet) noexcept { silent = quiet; }
-    /// Prints notes too.
+    /// Prints notes and details too.
     void setVerbose(bool verbose) noexcept { talkative = verbose; }
 
     /// "plime: error: <sentence>", always printed.
     void error(const Diagnostic& message);
-    /// "plime: warning: <sentence>", unless quiet.
+    /// "plime: warning: <sentence>", unless quiet: for what a user lost or can act on.
     void warning(const Diagnostic& message);
-    /// "plime: <text>", only when verbose. The text is a whole sentence.
-    void note(std::string_view text);
+    /// "plime: note: <sentence>" when verbose; otherwise only counted: for what is good to know and no loss.
+    void note(const Diagnostic& message);
+    /// "plime: <text>", only when verbose: how the work is done. The text is a whole sentence.
+    void detail(std::string_view text);
+    /// Ends the messages of a command: "plime: 2 notes, -v shows them." unless they were printed or it is quiet.
+    void finish();
 
 private:
     void print(std::string_view kind, std::string_view colour, const Diagnostic& message);
@@ -44,6 +49,7 @@ private:
     bool coloured = false;
     bool silent = false;
     bool talkative = false;
+    std::size_t untoldNotes = 0;
 };
 
 } // namespace workbench

@@ -3,6 +3,8 @@
 
 #include "host/rendering/RGBAHalf.h"
 
+#include <bit>
+#include <limits>
 #include <utility>
 
 namespace workbench {
@@ -113,6 +115,10 @@ std::string packed(const PictureDescription& about) {
     ParcelWriter parcel;
     parcel.text(about.format);
     parcel.number(static_cast<std::uint64_t>(about.depth)).number(about.hasAlpha).number(about.isGrey);
+    parcel.number(about.alphaIsAssociated).number(static_cast<std::uint64_t>(about.transfer));
+    parcel.number(about.isLossy).integer(about.orientation);
+    parcel.number(std::bit_cast<std::uint32_t>(about.pixelAspect));
+    parcel.integer(about.furtherPictures).text(about.furtherPicturesAre).text(about.layer);
     pack(parcel, PixelWindow{about.dataX, about.dataY, about.width, about.height});
     parcel.number(about.displayWindow.has_value());
     if (about.displayWindow) pack(parcel, *about.displayWindow);
@@ -135,6 +141,16 @@ PictureDescription descriptionIn(std::string_view bytes) {
     about.depth = static_cast<PixelDepth>(parcel.number(static_cast<std::uint64_t>(PixelDepth::Float)));
     about.hasAlpha = parcel.flag();
     about.isGrey = parcel.flag();
+    about.alphaIsAssociated = parcel.flag();
+    about.transfer = static_cast<Transfer>(parcel.number(static_cast<std::uint64_t>(Transfer::Srgb)));
+    about.isLossy = parcel.flag();
+    about.orientation = parcel.integer(1, 8);
+    about.pixelAspect = std::bit_cast<float>(static_cast<std::uint32_t>(parcel.number(0xffffffffu)));
+    if (!(about.pixelAspect > 0 && about.pixelAspect <= std::numeric_limits<float>::max()))
+        throw BrokenParcel();
+    about.furtherPictures = parcel.integer(0);
+    about.furtherPicturesAre = parcel.text();
+    about.layer = parcel.text();
     const PixelWindow data = window(parcel);
     about.dataX = data.x;
     about.dataY = data.y;
