@@ -87,6 +87,7 @@ struct KROD_FILES_API PictureDescription {
     std::vector<ExtraChannel> extraChannels; ///< can be had from the reader and given to the writer
     std::vector<std::string> unreadChannels; ///< are in the file, but not read
     std::vector<Metadatum> metadata;         ///< in the order of the file
+    std::vector<std::string> notes;          ///< what the decoder passed over or mended in the head
     std::uint64_t readerBytes = 0; ///< what a reader holds of it beside rows that it hands out, as estimated
 
     /// The entry of that name, or null.

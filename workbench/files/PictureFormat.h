@@ -26,6 +26,8 @@ struct WriteOptions {
     bool srgb = false;      ///< encode colour, not alpha, with the sRGB curve for viewing
     bool noClobber = false; ///< an existing file is an error
     ExrCompression compression = ExrCompression::Keep;
+    /// Of a JPEG, from 1 to 100; missing: 95.
+    std::optional<int> quality = {};
     /// The sides of the tiles that an EXR is stored in, in pixels; 0: scan lines. Not with additional channels.
     int tileSide = 0;
 };

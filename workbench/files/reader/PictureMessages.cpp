@@ -127,6 +127,7 @@ std::string packed(const PictureDescription& about) {
     for (const ExtraChannel& channel : about.extraChannels)
         parcel.text(channel.name).number(static_cast<std::uint64_t>(channel.type));
     pack(parcel, about.unreadChannels);
+    pack(parcel, about.notes);
     parcel.number(about.readerBytes);
     parcel.number(about.metadata.size());
     for (const Metadatum& entry : about.metadata)
@@ -164,6 +165,7 @@ PictureDescription descriptionIn(std::string_view bytes) {
         about.extraChannels.push_back({std::move(name), static_cast<ExtraType>(parcel.number(Last))});
     }
     about.unreadChannels = texts(parcel);
+    about.notes = texts(parcel);
     about.readerBytes = parcel.number(MostReaderBytes);
     for (std::uint64_t left = parcel.count(4 * LeastText); left > 0; --left) {
         Metadatum entry;
