@@ -14,10 +14,9 @@ void RowWindow::moveTo(int firstRow, int count) {
     reader.readRows(start, added, pixels.data() + pixelsOf(start - first), &rows);
     planes.resize(rows.size());
     for (std::size_t i = 0; i < rows.size(); ++i) {
-        if (planes[i].empty())
-            planes[i] = std::move(rows[i]);
-        else
-            planes[i].insert(planes[i].end(), rows[i].begin(), rows[i].end());
+        const std::size_t before = planes[i].size();
+        planes[i].resize(before + rows[i].size());
+        std::copy(rows[i].begin(), rows[i].end(), planes[i].data() + before);
     }
     end = start + added;
 }
