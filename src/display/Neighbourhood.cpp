@@ -4,6 +4,7 @@
 #include "host/values/VValueTrait.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <cstdlib>
 

@@ -2,6 +2,7 @@
 #include "tests/app/PictureProgram.h"
 
 #include <climits>
+#include <cmath>
 #include <csignal>
 #include <cstdlib>
 

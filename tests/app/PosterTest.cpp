@@ -5,6 +5,7 @@
 #include <OpenEXR/ImfHeader.h>
 #include <OpenEXR/ImfInputFile.h>
 
+#include <algorithm>
 #include <cmath>
 #include <functional>
 

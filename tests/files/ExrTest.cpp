@@ -19,6 +19,8 @@
 #include <OpenEXR/ImfTiledOutputFile.h>
 #include <OpenEXR/ImfVecAttribute.h>
 
+#include <algorithm>
+
 using namespace workbench;
 
 namespace {

@@ -4,6 +4,8 @@
 
 #include "workbench/files/reader/PictureHead.h"
 
+#include <algorithm>
+
 using namespace workbench;
 
 namespace {

@@ -4,6 +4,7 @@
 #include "workbench/files/Points.h"
 
 #include <algorithm>
+#include <limits>
 
 using namespace workbench;
 

@@ -7,6 +7,7 @@
 #include <glm/vec4.hpp>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 
 namespace workbench::test {

@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <system_error>
+#include <tuple>
 
 namespace workbench {
 namespace {

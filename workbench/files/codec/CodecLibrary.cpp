@@ -3,6 +3,7 @@
 
 #include "workbench/report/Failure.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 

@@ -9,6 +9,7 @@
 #include "workbench/files/model/ModelTransfer.h"
 #include "workbench/report/Failure.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
