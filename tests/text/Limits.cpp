@@ -30,11 +30,14 @@ TEST(Limits, ofADisplay_areAttachedBeforeTheNextSlotIsMade) {
 
 TEST(Limits, ofATileModule_areAttachedAfterItsOutput) {
     const support::LoadedPlugin plugin;
-    for (const std::string key : {"Hollywood/ColorGammaCorrection", "Hollywood/HDRToneMapping"}) {
+    for (const std::string key : {"Hollywood/ColorGammaCorrection", "Hollywood/HDRColoredToneMapping",
+                                  "Hollywood/HDRToneMapping", "Hollywood/PixelBlur"}) {
         const auto module = plugin.make(key);
         const auto output = module->slots().output("ImageProcessor")->value().age();
         for (const auto& input : module->slots().inputs()) {
             EXPECT_LT(input.parameter->value().age(), output) << key << " " << input.name;
+            EXPECT_GT(ageOfLimit(*module, input.name, "max"), output) << key << " " << input.name;
+            if (!input.parameter->property("min")) continue;
             EXPECT_GT(ageOfLimit(*module, input.name, "min"), output) << key << " " << input.name;
         }
     }
