@@ -34,6 +34,24 @@ private:
     Object object;
 };
 
+/// Draws another object whose places are normalised device coordinates.
+class Unprojected : public krod::VGLRenderObject {
+public:
+    explicit Unprojected(Object object) : VGLRenderObject("unprojected", 0, {}), object(std::move(object)) {}
+
+    void draw(krod::VGLRenderContext& context) override {
+        for (const GLenum matrix : {GL_PROJECTION, GL_MODELVIEW}) {
+            glMatrixMode(matrix);
+            glLoadIdentity();
+        }
+        object->render(context);
+    }
+    [[nodiscard]] krod::BoundingSphere bounds() const override { return {0, 0, 0, 1}; }
+
+private:
+    Object object;
+};
+
 class Points : public ::testing::Test {
 protected:
     /// The only lit pixel.
@@ -59,6 +77,22 @@ TEST_F(Points, Colours_add_up_beyond_1) {
     EXPECT_EQ(static_cast<float>(pixel.r), 800);
     EXPECT_EQ(static_cast<float>(pixel.g), 0.75F);
     EXPECT_EQ(static_cast<float>(pixel.b), 6);
+}
+
+/// The point's left edge is half a step of a driver, 1/512 pixel, right of a sample of column 159, and its right edge
+/// as much right of one of column 160. A step further right it lies where the half is rounded to.
+TEST_F(Points, A_place_between_two_steps_of_a_driver_is_rounded_up) {
+    stage.plugins.load(TOVAR_PLIME);
+    const auto samplesLitBy = [&](const char* file, const char* point) {
+        Stage::set(object, "file", stage.write(file, point));
+        const Object display = Stage::make("Display/CMYK");
+        krod::castStrong<krod::MSDeferredObjectDisplay>(display)->setInput(Object(new Unprojected(object)));
+        return stage.render(*display);
+    };
+    const Pixels between = samplesLitBy("between.xyz", "7.9345703e-04 0.0066666667 0 1 1 1\n");
+    const Pixels above = samplesLitBy("above.xyz", "8.0566406e-04 0.0066666667 0 1 1 1\n");
+    EXPECT_GT(static_cast<float>(at(above, 160, Stage::Height - 1 - 90).a), 0);
+    EXPECT_TRUE(same(between, above));
 }
 
 TEST_F(Points, Alpha_stays_at_the_largest_instead_of_adding_up) {

@@ -13,13 +13,23 @@
 namespace workbench::objects {
 namespace {
 
-// A value of one's own instead of gl_FrontColor: that one is clamped to 1.
+// A value of one's own instead of gl_FrontColor: that one is clamped to 1. Drivers place points on a grid of
+// parts of a pixel, 1/256 in Mesa, and halves of it are rounded up by Mesa 22 and to even by Mesa 25, so that one
+// point in a thousand would cover other samples. Rounded here, each point has the same place with every driver.
 constexpr char VertexText[] = R"(#version 120
 uniform float intensity;
+uniform float halfWidth;
+uniform float halfHeight;
 varying vec4 colour;
 void main() {
     colour = vec4(gl_Color.rgb * intensity, gl_Color.a);
-    gl_Position = gl_ModelViewProjectionMatrix * gl_Vertex;
+    vec4 place = gl_ModelViewProjectionMatrix * gl_Vertex;
+    if (place.w > 0.0) {
+        vec2 middle = vec2(halfWidth, halfHeight);
+        vec2 pixels = floor((place.xy / place.w * middle + middle) * 256.0 + 0.5) / 256.0;
+        place.xy = (pixels - middle) / middle * place.w;
+    }
+    gl_Position = place;
 }
 )";
 
@@ -38,7 +48,12 @@ PointDrawing::PointDrawing(PointSet points)
 void PointDrawing::draw(double size, double intensity) const {
     krod::GLProgram program(VertexText, FragmentText, "point vertex shader", "point fragment shader");
     program.use();
-    program.setUniformValuef("intensity", static_cast<float>(intensity), program.reportsMissingUniforms());
+    const bool reportMissing = program.reportsMissingUniforms();
+    program.setUniformValuef("intensity", static_cast<float>(intensity), reportMissing);
+    GLint viewport[4];
+    glGetIntegerv(GL_VIEWPORT, viewport);
+    program.setUniformValuef("halfWidth", static_cast<float>(viewport[2]) / 2, reportMissing);
+    program.setUniformValuef("halfHeight", static_cast<float>(viewport[3]) / 2, reportMissing);
     glPointSize(static_cast<float>(std::max(size, 1.0)));
     glEnable(GL_DEPTH_TEST);
     glDepthMask(GL_FALSE);
