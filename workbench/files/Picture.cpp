@@ -2,10 +2,16 @@
 #include "workbench/files/Picture.h"
 
 #include "workbench/files/InputKind.h"
+#include "workbench/files/PictureMagic.h"
 #include "workbench/files/codec/CodecLibrary.h"
 #include "workbench/files/codec/PictureCodec.h"
 #include "workbench/files/exr/ExrReader.h"
 #include "workbench/files/exr/ExrWriter.h"
+#include "workbench/files/jpeg/JpegReader.h"
+#include "workbench/files/jpeg/JpegWriter.h"
+#include "workbench/files/metadata/IccProfile.h"
+#include "workbench/files/png/PngReader.h"
+#include "workbench/files/png/PngWriter.h"
 #include "workbench/files/reader/LocalReader.h"
 #include "workbench/files/reader/PictureHead.h"
 #include "workbench/files/reader/RemoteReader.h"
@@ -52,7 +58,7 @@ std::chrono::milliseconds PictureLimits::usualTime() {
 std::unique_ptr<PictureReader> PictureReader::open(const std::filesystem::path& path,
                                                    const PictureLimits& limits) {
     checkInputFile(path);
-    if (lowerExtension(path) == "exr" && !hasExrMagic(path))
+    if (lowerExtension(path) == "exr" && ownFormatOf(path) != OwnFormat::Exr)
         throw Failure(Fault::Input, {path.string(),
                                      "is named .exr but is no EXR file",
                                      "the four bytes 76 2f 31 01 at its start",
@@ -64,7 +70,16 @@ std::unique_ptr<PictureReader> PictureReader::open(const std::filesystem::path& 
 }
 
 std::unique_ptr<PictureReader> openPictureHere(const std::filesystem::path& path) {
-    if (hasExrMagic(path)) return std::make_unique<ExrReader>(path);
+    switch (ownFormatOf(path)) {
+    case OwnFormat::Exr:
+        return std::make_unique<ExrReader>(path);
+    case OwnFormat::Png:
+        return std::make_unique<PngReader>(path);
+    case OwnFormat::Jpeg:
+        return std::make_unique<JpegReader>(path);
+    case OwnFormat::None:
+        break;
+    }
     return pictureCodec().open(path);
 }
 
@@ -108,7 +123,10 @@ void requireSideWithin(const PictureFormat& format, const std::filesystem::path&
 std::unique_ptr<PictureWriter> PictureWriter::create(const std::filesystem::path& path,
                                                      const PictureDescription& description,
                                                      const WriteOptions& options) {
-    if (outputFormat(path).name == "EXR") return std::make_unique<ExrWriter>(path, description, options);
+    const std::string_view format = outputFormat(path).name;
+    if (format == "EXR") return std::make_unique<ExrWriter>(path, description, options);
+    if (format == "JPEG") return std::make_unique<JpegWriter>(path, description, options);
+    if (format == "PNG") return std::make_unique<PngWriter>(path, description, options);
     return pictureCodec().create(path, description, options);
 }
 
@@ -125,6 +143,11 @@ PictureWriter::PictureWriter(std::filesystem::path path, PictureDescription desc
         droppedNames.emplace_back("A");
     }
     if (!format.holdsGrey) about.isGrey = false;
+    const Metadatum* profile = about.find(IccName);
+    if (profile && !isProfileOf(profile->bytes, about.isGrey, options.srgb)) {
+        about.remove(IccName);
+        droppedNames.emplace_back(IccName);
+    }
     if (format.name == "EXR") return;
     for (const auto& channel : about.extraChannels) droppedNames.push_back(channel.name);
     about.extraChannels.clear();

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Every picture format but EXR. A library of its own, because OpenImageIO brings some 200 others along.
+// Every picture format but EXR, PNG and JPEG. A library of its own, because OpenImageIO brings some 200 others along.
 #include "workbench/files/codec/OiioReader.h"
 #include "workbench/files/codec/OiioWriter.h"
 #include "workbench/files/codec/PictureCodec.h"

@@ -9,7 +9,7 @@
 namespace workbench {
 
 /// All attributes but those that describe how the pixels happened to be stored. A network behind its marker
-/// line in the ImageDescription becomes an entry of its own.
+/// line in another text becomes an entry of its own.
 [[nodiscard]] std::vector<Metadatum> metadataOf(const OIIO::ImageSpec& spec);
 
 /// Enters what the format can hold; names of what it cannot are appended to `dropped`.

@@ -27,7 +27,7 @@ OiioReader::OiioReader(const std::filesystem::path& path) : PictureReader(path) 
     OIIO::ImageSpec wishes;
     wishes.attribute("oiio:UnassociatedAlpha", 1); // values as they are stored, not multiplied by alpha
     const QuietErrors quiet;
-    input = OIIO::ImageInput::open(path.string(), &wishes);
+    openInput(wishes);
     if (!input)
         throw Failure(Fault::Input, {path.string(),
                                      "cannot be read as a picture",
@@ -36,6 +36,20 @@ OiioReader::OiioReader(const std::filesystem::path& path) : PictureReader(path) 
                                      "Check that the file is complete and has its right extension",
                                      {}});
     describe();
+}
+
+/// The library takes what follows a question mark for options. A file with one in its name is opened by its number,
+/// as the format of its extension where that is known.
+void OiioReader::openInput(const OIIO::ImageSpec& wishes) {
+    std::string name = file.string();
+    if (name.find('?') != std::string::npos) {
+        numbered.reset(std::fopen(file.c_str(), "rb"));
+        if (numbered) name = "/proc/self/fd/" + std::to_string(::fileno(numbered.get()));
+        OIIO::ImageSpec spec;
+        input = OIIO::ImageInput::create(lowerExtension(file));
+        if (input && input->open(name, spec, wishes)) return;
+    }
+    input = OIIO::ImageInput::open(name, &wishes);
 }
 
 void OiioReader::describe() {

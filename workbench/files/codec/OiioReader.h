@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Reads every picture format but EXR.
+// Reads every picture format but EXR, PNG and JPEG.
 #pragma once
 
 #include "workbench/files/Picture.h"
@@ -7,6 +7,8 @@
 
 #include <OpenImageIO/imageio.h>
 
+#include <cstdio>
+#include <memory>
 #include <optional>
 
 namespace workbench {
@@ -18,12 +20,18 @@ public:
     explicit OiioReader(const std::filesystem::path& path);
 
 private:
+    struct Close {
+        void operator()(std::FILE* open) const { std::fclose(open); }
+    };
+
+    void openInput(const OIIO::ImageSpec& wishes);
     void describe();
     void decodeRows(int first, int count, krod::RGBAHalf* out, ExtraRows* extra) override;
     const std::byte* storedRows(int first, int count);
     const std::byte* tileRow(int first, int& rowsThere);
     [[noreturn]] void fail(int first, int count);
 
+    std::unique_ptr<std::FILE, Close> numbered; ///< of a file whose name the library does not take
     std::unique_ptr<OIIO::ImageInput> input;
     OIIO::TypeDesc storedType;
     std::size_t rowBytes = 0;

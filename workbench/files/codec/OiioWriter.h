@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Writes PNG, TIFF, JPEG and HDR files.
+// Writes TIFF and HDR files.
 #pragma once
 
 #include "workbench/files/OutputFile.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the codec library for pictures other than EXR offers.
+// What the codec library for pictures other than EXR, PNG and JPEG offers.
 #pragma once
 
 #include "workbench/files/Picture.h"

@@ -12,7 +12,6 @@
 #include <OpenEXR/ImfPartType.h>
 
 #include <algorithm>
-#include <fstream>
 
 namespace workbench {
 namespace {
@@ -62,12 +61,6 @@ std::uint64_t bytesWhileReading(const Imf::Header& header, std::int64_t width, s
 }
 
 } // namespace
-
-bool hasExrMagic(const std::filesystem::path& path) {
-    char start[4] = {};
-    std::ifstream(path, std::ios::binary).read(start, sizeof start);
-    return std::string_view(start, 4) == std::string_view("\x76\x2f\x31\x01", 4);
-}
 
 ExrReader::ExrReader(const std::filesystem::path& path) : PictureReader(path) {
     prepareExrLibrary();

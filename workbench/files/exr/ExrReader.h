@@ -12,9 +12,6 @@
 
 namespace workbench {
 
-/// True when the file starts with the four bytes of every EXR file.
-[[nodiscard]] bool hasExrMagic(const std::filesystem::path& path);
-
 /// Scan lines and tiles (the full level; one row of tiles is kept), first part. Half channels go into the
 /// caller's pixels without conversion, NaN payloads included.
 class ExrReader : public PictureReader {

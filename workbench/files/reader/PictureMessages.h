@@ -18,7 +18,7 @@ namespace workbench {
 struct OpenRequest {
     std::string folder;       ///< where the host works
     std::string path;         ///< as people gave it
-    bool needsCodec = false;  ///< it is no EXR file
+    bool needsCodec = false;  ///< it is read by OpenImageIO
     std::uint64_t memory = 0; ///< bytes that reading may need at most, whatever the picture declares
 };
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "workbench/files/reader/RemoteReader.h"
 
+#include "workbench/files/PictureMagic.h"
 #include "workbench/files/Reason.h"
-#include "workbench/files/exr/ExrReader.h"
 #include "workbench/report/Failure.h"
 
 #include <algorithm>
@@ -27,7 +27,7 @@ Channel conversation(const std::filesystem::path& path, std::uint64_t memory, Re
     try {
         std::error_code ignored; // then the path is an absolute one, or leads nowhere
         const std::string folder = std::filesystem::current_path(ignored).string();
-        return program.open({folder, path.string(), !hasExrMagic(path), memory});
+        return program.open({folder, path.string(), ownFormatOf(path) == OwnFormat::None, memory});
     } catch (const std::system_error& reason) {
         throw Failure(Fault::Input, {path.string(),
                                      "cannot be read in a process of its own",
