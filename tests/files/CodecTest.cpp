@@ -37,7 +37,7 @@ protected:
 } // namespace
 
 TEST_F(CodecTest, PictureCodec_missing_namesLibraryAndPackage) {
-    const auto path = write("a.png", "\x89PNG");
+    const auto path = write("a.tif", "II*");
     const std::string text = inChild([&] {
         ::setenv("KROD_CODEC_PATH", (folder.string() + ":/nowhere").c_str(), 1);
         static_cast<void>(readPicture(path));

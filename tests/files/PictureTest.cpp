@@ -237,7 +237,7 @@ TEST_F(PictureTest, Network_whereThereIsNoPlace_isNamedAsDropped) {
     description.setText(NetworkName, std::string(70000, 'x'));
     const std::vector<std::string> network{"krod:network"};
     EXPECT_EQ(PictureWriter::create(folder / "a.hdr", description)->dropped(), network);
-    EXPECT_EQ(PictureWriter::create(folder / "a.jpg", description)->dropped(), network);
+    EXPECT_TRUE(PictureWriter::create(folder / "a.jpg", description)->dropped().empty());
     EXPECT_TRUE(PictureWriter::create(folder / "a.tif", description)->dropped().empty());
 }
 

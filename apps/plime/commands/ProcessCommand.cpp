@@ -24,8 +24,10 @@ Reads and writes EXR, PNG, TIFF, JPEG and HDR; the name of OUT says which.
                     {stem} and {ext} in it stand for the name of IN without its
                     extension, and for the extension; its folder must exist
   -d, --depth D     half, float, uint8 or uint16; else EXR is half, HDR float,
-                    and other formats have the depth of IN
+                    and other formats have the depth of IN where they hold it:
+                    of 8 bits comes an 8-bit PNG, of more a 16-bit one
   --srgb            encodes the colours for viewing
+  --no-network      does not keep in the picture how it is made
   --tile N          lets shader processors take a picture of up to N pixels a
                     side as one tile; 4096 unless asked otherwise
   --overlap N       what a tile sees of its neighbours, in pixels; 64 unless

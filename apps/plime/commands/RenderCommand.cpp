@@ -31,8 +31,10 @@ is shown on a plane, or a generated scene, demo:NAME.
   --unset NAME        makes a parameter unreadable: the module falls back
   --unchecked         accepts values outside of their limits
   -o, --output OUT    the picture to write: .exr .png .tif .tiff .jpg .jpeg .hdr
-  -d, --depth D       half, float, uint8 or uint16
+  -d, --depth D       half, float, uint8 or uint16; else EXR and TIFF are half,
+                      HDR is float, PNG uint16 and JPEG uint8
   --srgb              encodes the colours for viewing
+  --no-network        does not keep in the picture how it is made
   --size WxH          1280x720 unless asked otherwise
   --samples N         sets "samples" of each display that has no -p samples;
                       says where that changes nothing

@@ -32,6 +32,7 @@ are, and the format is that of the first time.
   -d, --depth D       half, float, uint8 or uint16; else as the network says
   --srgb              encodes the colours for viewing, also where the network
                       does not say so
+  --no-network        does not keep in the picture how it is made
   --size WxH, --camera …, --up …, --background …
                       instead of what the network says of its drawn views, as
                       "plime render" takes them
@@ -127,7 +128,9 @@ private:
     /// What is not typed comes from the view. A depth that the format does not hold was meant for another one.
     void wishFor(const std::string& output, const NetworkView& shown, const WriteOptions& asked,
                  Report& report) {
-        wish = {output, {}, asked.srgb || shown.srgb};
+        wish.path = output;
+        wish.depth.reset();
+        wish.srgb = asked.srgb || shown.srgb;
         const std::optional<PixelDepth> depth = asked.depth ? asked.depth : shown.depth;
         const auto& held = outputFormat(output).depths;
         if (!depth) return;

@@ -11,15 +11,22 @@ namespace {
 
 constexpr std::uint64_t Megabyte = 1U << 20U;
 
-/// EXR: 16 rows of halves in each of 8 blocks, as they are and compressed. Others: 64 rows of floats, and as
+/// Bands of rows that are packed side by side, filtered and packed, for sixteen processors.
+constexpr std::uint64_t PngBytes = std::uint64_t{24} << 20;
+/// EXR: 16 rows of halves in each of 8 blocks, as they are and compressed. PNG: 16 rows of 8 bytes
+/// a pixel in 16 bands, three times, where a row fills a band. Others: 64 rows of floats, and as
 /// many once more inside of the codec.
 constexpr std::uint64_t WriterBytesPerColumn = 2048;
+
+std::uint64_t formatBytes(std::string_view format) {
+    if (format == "EXR" || format == "JPEG") return 0;
+    return format == "PNG" ? PngBytes : CodecBytes;
+}
 
 } // namespace
 
 std::uint64_t bytesBesidePixels(bool usesOpenGL, const std::string& output, int width) {
-    const bool isExr = outputFormat(output).name == "EXR";
-    return ProgramBytes + (usesOpenGL ? OpenGLBytes : 0) + (isExr ? 0 : CodecBytes) +
+    return ProgramBytes + (usesOpenGL ? OpenGLBytes : 0) + formatBytes(outputFormat(output).name) +
            static_cast<std::uint64_t>(width) * WriterBytesPerColumn;
 }
 

@@ -9,7 +9,7 @@ namespace workbench {
 
 /// The program with its libraries, as measured, and what a software driver of OpenGL adds.
 inline constexpr std::uint64_t ProgramBytes = std::uint64_t{32} << 20, OpenGLBytes = std::uint64_t{88} << 20;
-/// The libraries behind all formats but EXR.
+/// The libraries behind all formats but EXR, PNG and JPEG.
 inline constexpr std::uint64_t CodecBytes = std::uint64_t{120} << 20;
 /// Rows that are decoded ahead.
 inline constexpr std::uint64_t ReadAheadBytes = std::uint64_t{32} << 20;

@@ -24,6 +24,7 @@ void OutputWish::addTo(Syntax& syntax) {
     syntax.options.push_back({"-o,--output", &path});
     syntax.options.push_back({"-d,--depth", &depth});
     syntax.options.push_back({"--srgb", &srgb});
+    syntax.options.push_back({"--no-network", &noNetwork});
 }
 
 std::string OutputWish::requirePath() const {
@@ -64,7 +65,9 @@ PictureOutput::PictureOutput(const OutputWish& wish, const GlobalOptions& global
     : path(wish.requirePath()) {
     WriteOptions options = wish.writeOptions(global);
     options.tileSide = tileSide;
-    writer = PictureWriter::create(path, description, options);
+    PictureDescription written = description;
+    if (wish.noNetwork) written.remove(NetworkName);
+    writer = PictureWriter::create(path, written, options);
 }
 
 void PictureOutput::requireRoom(std::uint64_t tiles) const {

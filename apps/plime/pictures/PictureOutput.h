@@ -13,11 +13,12 @@
 
 namespace workbench {
 
-/// What people ask of an output picture: -o, -d, --srgb.
+/// What people ask of an output picture: -o, -d, --srgb, --no-network.
 struct OutputWish {
     std::optional<std::string> path;
     std::optional<std::string> depth;
     bool srgb = false;
+    bool noNetwork = false; ///< how it is made is not kept in it
 
     /// Adds the options to a command's syntax.
     void addTo(Syntax& syntax);

@@ -158,6 +158,8 @@ Network PictureProcessing::processInTiles(const PictureJob& job, const ProgressP
         work(nullptr);
     }
     warnOfIdleOptions(task, plan);
+    for (const std::string& note : reader->description().notes)
+        session.report().note({job.input, note, "", "", "", {}});
     if (reader->overflowCount() > 0)
         session.report().warning(
             {job.input,

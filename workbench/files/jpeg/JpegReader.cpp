@@ -138,7 +138,8 @@ void JpegReader::start() {
 /// What is wrong so far, and may be.
 void JpegReader::noteWarnings() {
     if (isDamaged()) fail("cannot be read as a JPEG picture", messages.warningText());
-    if (!messages.warnings().empty()) about.notes.push_back(reasonText(messages.warningText()));
+    if (!messages.warnings().empty())
+        about.notes.push_back("a fault was passed over: " + reasonText(messages.warningText()));
     messages.forgetWarnings();
 }
 

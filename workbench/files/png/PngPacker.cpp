@@ -16,20 +16,24 @@ namespace workbench {
 namespace {
 
 /// Long enough that the joints cost less than a thousandth, short enough for sixteen processors.
-constexpr std::size_t BandBytes = std::size_t{256} << 10;
+constexpr std::size_t BandBytes = std::size_t{512} << 10;
 constexpr std::size_t MostThreads = 16;
 /// What deflate looks back at most.
 constexpr std::size_t Window = 32768;
-/// docs/performance.md says why.
-constexpr int Level = 4;
+/// Of the rows by which a band chooses between filtered and plain bytes.
+constexpr std::size_t SampleBytes = std::size_t{24} << 10;
+
+/// How deflate looks for repetitions; docs/performance.md says why so.
+struct Search {
+    int level, strategy;
+};
+constexpr Search Quick{1, Z_DEFAULT_STRATEGY}, OfFiltered{2, Z_FILTERED}, OfPlain{6, Z_DEFAULT_STRATEGY};
 
 std::size_t rowsInBand(std::size_t rowBytes) { return std::max<std::size_t>(1, BandBytes / (rowBytes + 1)); }
 
-std::size_t threads() { return std::clamp<std::size_t>(std::thread::hardware_concurrency(), 1, MostThreads); }
-
-/// Does work(0) to work(count - 1) side by side; the first exception is thrown when all have ended.
+/// Does work(0) to work(count - 1) in so many threads; one exception is thrown when all have ended.
 template <typename Work>
-void inParallel(std::size_t count, const Work& work) {
+void inParallel(std::size_t threads, std::size_t count, const Work& work) {
     std::atomic<std::size_t> next = 0;
     std::exception_ptr failure;
     std::mutex guard;
@@ -43,7 +47,7 @@ void inParallel(std::size_t count, const Work& work) {
     };
     {
         std::vector<std::jthread> helpers;
-        for (std::size_t i = 1; i < std::min(count, threads()); ++i) helpers.emplace_back(loop);
+        for (std::size_t i = 1; i < std::min(count, threads); ++i) helpers.emplace_back(loop);
         loop();
     }
     if (failure) std::rethrow_exception(failure);
@@ -51,10 +55,11 @@ void inParallel(std::size_t count, const Work& work) {
 
 /// One part of a deflate stream.
 std::string deflated(std::span<const std::uint8_t> data, std::span<const std::uint8_t> dictionary,
-                     bool isLast) {
+                     Search search, bool isLast) {
     z_stream stream{};
     constexpr int RawWindowBits = -15, MemoryLevel = 9;
-    if (::deflateInit2(&stream, Level, Z_DEFLATED, RawWindowBits, MemoryLevel, Z_FILTERED) != Z_OK)
+    if (::deflateInit2(&stream, search.level, Z_DEFLATED, RawWindowBits, MemoryLevel, search.strategy) !=
+        Z_OK)
         throw std::bad_alloc();
     if (!dictionary.empty())
         ::deflateSetDictionary(&stream, dictionary.data(), static_cast<uInt>(dictionary.size()));
@@ -72,47 +77,68 @@ std::string deflated(std::span<const std::uint8_t> data, std::span<const std::ui
 
 } // namespace
 
-PngPacker::PngPacker(std::size_t rowBytes, std::size_t bytesPerPixel, int height, Sink sink)
+PngPacker::PngPacker(std::size_t rowBytes, std::size_t bytesPerPixel, int height, Sink sink,
+                     std::size_t threads)
     : rowBytes(rowBytes),
       bytesPerPixel(bytesPerPixel),
       rowsPerBand(rowsInBand(rowBytes)),
-      bandsPerRound(2 * threads()),
+      threads(threads),
       rowsLeft(height),
       sink(std::move(sink)) {}
 
-std::uint64_t PngPacker::mostBytes(std::size_t rowBytes) {
-    // Rows, filtered rows and the stream, and what deflate needs for each thread.
-    constexpr std::size_t Copies = 3, Deflater = std::size_t{1} << 20;
-    return MostThreads * (2 * Copies * rowsInBand(rowBytes) * (rowBytes + 1) + Deflater);
+std::size_t PngPacker::usualThreads() {
+    return std::clamp<std::size_t>(std::thread::hardware_concurrency(), 1, MostThreads);
 }
 
 void PngPacker::add(const std::byte* data, int count) {
+    const std::size_t rowsPerRound = threads * rowsPerBand;
     for (auto left = static_cast<std::size_t>(count); left > 0;) {
-        const std::size_t taken = std::min(left, rowsPerBand * bandsPerRound - rowCount);
+        const std::size_t taken = std::min(left, rowsPerRound - rowCount);
         const auto* from = reinterpret_cast<const std::uint8_t*>(data);
         rows.insert(rows.end(), from, from + taken * rowBytes);
         data += taken * rowBytes;
         rowCount += taken;
         left -= taken;
         rowsLeft -= static_cast<int>(taken);
-        if (rowsLeft == 0 || rowCount == rowsPerBand * bandsPerRound) packRound();
+        if (rowsLeft == 0 || rowCount == rowsPerRound) packRound();
     }
 }
 
+/// Rows with few colors repeat themselves, and become larger when they are filtered: some rows all over the band tell.
+bool PngPacker::isSmallerPlain(const Band& band, std::size_t firstRow, std::size_t count) const {
+    const std::size_t sampled = std::clamp<std::size_t>(SampleBytes / (rowBytes + 1), 1, count);
+    std::vector<std::uint8_t> plain, filtered;
+    for (std::size_t i = 0; i < sampled; ++i) {
+        const std::size_t row = (2 * i + 1) * count / (2 * sampled);
+        const std::uint8_t* const from = rows.data() + (firstRow + row) * rowBytes;
+        plain.insert(plain.end(), from, from + rowBytes);
+        const std::uint8_t* const made = band.filtered.data() + row * (rowBytes + 1);
+        filtered.insert(filtered.end(), made, made + rowBytes + 1);
+    }
+    return deflated(plain, {}, Quick, true).size() <= deflated(filtered, {}, Quick, true).size();
+}
+
 void PngPacker::filterBand(Band& band, std::size_t firstRow, std::size_t count) {
+    firstRow += hasRowAbove ? 1 : 0;
     PngFilter filter(rowBytes, bytesPerPixel);
     band.filtered.resize(count * (rowBytes + 1));
     for (std::size_t i = 0; i < count; ++i) {
-        const std::size_t place = firstRow + i + (hasRowAbove ? 1 : 0);
-        const std::uint8_t* row = rows.data() + place * rowBytes;
-        filter.filter(row, place > 0 ? row - rowBytes : nullptr, band.filtered.data() + i * (rowBytes + 1));
+        const std::uint8_t* row = rows.data() + (firstRow + i) * rowBytes;
+        filter.filter(row, firstRow + i > 0 ? row - rowBytes : nullptr,
+                      band.filtered.data() + i * (rowBytes + 1));
+    }
+    band.isPlain = isSmallerPlain(band, firstRow, count);
+    for (std::size_t i = 0; band.isPlain && i < count; ++i) {
+        std::uint8_t* const out = band.filtered.data() + i * (rowBytes + 1);
+        *out = 0; // the number of the filter that changes nothing
+        std::memcpy(out + 1, rows.data() + (firstRow + i) * rowBytes, rowBytes);
     }
     band.checksum = static_cast<std::uint32_t>(::adler32_z(1, band.filtered.data(), band.filtered.size()));
 }
 
 void PngPacker::packRound() {
     bands.resize((rowCount + rowsPerBand - 1) / rowsPerBand);
-    inParallel(bands.size(), [&](std::size_t i) {
+    inParallel(threads, bands.size(), [&](std::size_t i) {
         const std::size_t first = i * rowsPerBand;
         filterBand(bands[i], first, std::min(rowsPerBand, rowCount - first));
         bands[i].isLast = rowsLeft == 0 && i + 1 == bands.size();
@@ -120,9 +146,10 @@ void PngPacker::packRound() {
     const auto endOf = [](const std::vector<std::uint8_t>& bytes) {
         return std::span(bytes).last(std::min(bytes.size(), Window));
     };
-    inParallel(bands.size(), [&](std::size_t i) {
+    inParallel(threads, bands.size(), [&](std::size_t i) {
         const auto before = endOf(i > 0 ? bands[i - 1].filtered : dictionary);
-        bands[i].packed = deflated(bands[i].filtered, before, bands[i].isLast);
+        bands[i].packed =
+            deflated(bands[i].filtered, before, bands[i].isPlain ? OfPlain : OfFiltered, bands[i].isLast);
     });
     for (const Band& band : bands) writeBand(band);
     const auto end = endOf(bands.back().filtered);

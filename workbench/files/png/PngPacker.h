@@ -20,27 +20,30 @@ public:
     /// Takes the stream part by part.
     using Sink = std::function<void(const std::string& part)>;
 
-    PngPacker(std::size_t rowBytes, std::size_t bytesPerPixel, int height, Sink sink);
+    /// Works with so many threads, as many as there are processors where nothing else is said.
+    PngPacker(std::size_t rowBytes, std::size_t bytesPerPixel, int height, Sink sink,
+              std::size_t threads = usualThreads());
+
+    /// At most 16.
+    [[nodiscard]] static std::size_t usualThreads();
 
     /// The next rows as PNG stores them: big-endian, not filtered.
     void add(const std::byte* rows, int count);
-
-    /// What is held at most for rows of that size.
-    [[nodiscard]] static std::uint64_t mostBytes(std::size_t rowBytes);
 
 private:
     struct Band {
         std::vector<std::uint8_t> filtered;
         std::string packed;
         std::uint32_t checksum = 1;
-        bool isLast = false;
+        bool isPlain = false, isLast = false;
     };
 
     void packRound();
     void filterBand(Band& band, std::size_t firstRow, std::size_t rows);
+    [[nodiscard]] bool isSmallerPlain(const Band& band, std::size_t firstRow, std::size_t count) const;
     void writeBand(const Band& band);
 
-    std::size_t rowBytes, bytesPerPixel, rowsPerBand, bandsPerRound;
+    std::size_t rowBytes, bytesPerPixel, rowsPerBand, threads;
     int rowsLeft;
     Sink sink;
     std::vector<std::uint8_t> rows; ///< of the round, behind the last row of the one before

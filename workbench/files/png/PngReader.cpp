@@ -84,7 +84,8 @@ void PngReader::describe() {
         about.furtherPictures = 0;
     if (about.furtherPictures > 0) about.furtherPicturesAre = "frames";
     readPngMetadata(*png, about);
-    for (const std::string& warning : png->warnings()) about.notes.push_back(reasonText(warning));
+    for (const std::string& warning : png->warnings())
+        about.notes.push_back("a fault was passed over: " + reasonText(warning));
 }
 
 void PngReader::fail(std::string what) {
