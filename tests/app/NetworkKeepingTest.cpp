@@ -154,4 +154,30 @@ TEST_F(PlimeNetworkKeeping, backgroundsBeyondFloats_areRefused_andTheLargestAreK
     EXPECT_EQ(run({"info", at("out.exr"), "--network"}).output, read(at("net.json")));
 }
 
+TEST_F(PlimeNetworkKeeping, noNetwork_keepsNoneInAnyFormat) {
+    static_cast<void>(picture("in.png", gradient(8, 8)));
+    for (const std::string name : {"out.exr", "out.png", "out.jpg", "out.tif"}) {
+        const Words command = {"process", at("in.png"), "--with", "Hollywood/GammaCorrection",
+                               "-o",      at(name)};
+        static_cast<void>(messagesOf(command));
+        EXPECT_EQ(run({"info", at(name), "--network"}).code, 0) << name;
+        static_cast<void>(messagesOf(command + Words{"--no-network"}));
+        expectNoNetworkIn(name);
+    }
+    EXPECT_EQ(messagesOf({"render", "demo:knot", "--size", "16x16", "--no-network", "-o", at("knot.exr")}),
+              "");
+    expectNoNetworkIn("knot.exr");
+}
+
+TEST_F(PlimeNetworkKeeping, faultThatIsPassedOver_isANote) {
+    static_cast<void>(picture("in.jpg", gradient(64, 64, false)));
+    const std::string whole = read(at("in.jpg"));
+    write("in.jpg", whole.substr(0, whole.size() - 2)); // without the marker of its end
+    const Words command = {"process", at("in.jpg"), "--with", "Hollywood/GammaCorrection",
+                           "-o",      at("out.exr")};
+    EXPECT_EQ(messagesOf(command), "plime: 1 note, -v shows it.\n");
+    expectHas(messagesOf(command + Words{"-v"}),
+              "plime: note: " + at("in.jpg") + ": the marker of its end is missing.\n");
+}
+
 } // namespace
