@@ -3,8 +3,7 @@
 // hooks: each display's render operation is a list of these steps, and its departures are their arguments.
 #pragma once
 
-#include "plugin/TypedSlot.h"
-
+#include "host/core/TypedSlot.h"
 #include "host/gl/GLProgram.h"
 #include "host/gl/MSDeferredObjectDisplay.h"
 #include "host/values/FlagList.h"

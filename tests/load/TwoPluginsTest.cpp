@@ -22,7 +22,7 @@ protected:
     /// Makes objects, whose slots ask for their types, and expects that nothing is said about them.
     static void expectWorks(std::string_view key) {
         scene::OutputRecord output;
-        const long counted = krod::TypedSlotCreator::InternalTypeCreatorAccessory;
+        const std::int64_t counted = krod::TypedSlotCreator::InternalTypeCreatorAccessory;
         {
             const auto object = scene::make(key);
             EXPECT_TRUE(scene::processorOf(object));

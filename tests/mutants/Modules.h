@@ -4,9 +4,9 @@
 
 #include "tests/mutants/Fault.h"
 
+#include "host/core/TypedSlot.h"
 #include "host/gl/MSDeferredObjectDisplay.h"
 #include "host/rendering/ImageTileProcessor.h"
-#include "plugin/TypedSlot.h"
 #include "plugin/VSource.h"
 
 #include <limits>

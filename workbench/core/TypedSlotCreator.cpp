@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "host/core/TypedSlotCreator.h"
+#include "host/core/TypedSlot.h"
 
 #include "workbench/memory/LibraryScope.h"
 
@@ -11,15 +11,6 @@
 namespace krod {
 
 namespace {
-
-/// The host's own creator for a type.
-template <class T>
-class HostSlotCreator : public TypedSlotCreator {
-public:
-    [[nodiscard]] StrongPtr<VParameter> create(const std::string& name) const override {
-        return StrongPtr<VParameter>(new VParameter(makeValue(T{}), name, nullptr));
-    }
-};
 
 struct Entry {
     std::type_index type; ///< of the library that registers, which withdraws the entry before it leaves
@@ -61,25 +52,26 @@ public:
 
 private:
     template <class T>
-    static Entry entryOf(const HostSlotCreator<T>& creator) {
+    static Entry entryOf(const TypedSlotCreator& creator) {
         return {typeid(T), Typename<T>(), &creator, 0};
     }
 
-    HostSlotCreator<int> integers;
-    HostSlotCreator<double> doubles;
-    HostSlotCreator<bool> booleans;
-    HostSlotCreator<std::string> texts;
-    HostSlotCreator<FlagList> flagLists;
-    HostSlotCreator<FixedArray<double, 2>> pairs;
+    TypedSlot<int>::SlotCreator integers;
+    TypedSlot<double>::SlotCreator doubles;
+    TypedSlot<bool>::SlotCreator booleans;
+    TypedSlot<std::string>::SlotCreator texts;
+    TypedSlot<FlagList>::SlotCreator flagLists;
+    TypedSlot<FixedArray<double, 2>>::SlotCreator pairs;
 
     std::mutex mutex;
-    std::vector<Entry> entries{entryOf(integers), entryOf(doubles),   entryOf(booleans),
-                               entryOf(texts),    entryOf(flagLists), entryOf(pairs)};
+    std::vector<Entry> entries{entryOf<int>(integers),       entryOf<double>(doubles),
+                               entryOf<bool>(booleans),      entryOf<std::string>(texts),
+                               entryOf<FlagList>(flagLists), entryOf<FixedArray<double, 2>>(pairs)};
 };
 
 } // namespace
 
-std::atomic<long> TypedSlotCreator::InternalTypeCreatorAccessory{0};
+std::atomic<std::int64_t> TypedSlotCreator::InternalTypeCreatorAccessory{0};
 
 TypedSlotCreator::~TypedSlotCreator() = default;
 

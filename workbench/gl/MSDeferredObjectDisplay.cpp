@@ -9,7 +9,6 @@
 #include "workbench/gl/StateGuard.h"
 #include "workbench/report/Failure.h"
 
-#include "host/core/VSlotGlobals.h"
 #include "host/gl/GLProgram.h"
 
 #include <epoxy/gl.h>
@@ -23,6 +22,9 @@ using Renderer = MSDeferredRenderObject::MultiSampleDeferredRenderer;
 
 constexpr int ColorUnit = 0, DepthUnit = 1;
 constexpr int MostSamples = 16;
+
+/// The slot type of this library, which is destroyed after every plug-in.
+const TypedSlot<int>::Registration sampleCounts;
 
 constexpr char VertexText[] = "void main() { gl_Position = ftransform(); }\n";
 
@@ -83,11 +85,8 @@ MSDeferredObjectDisplay::MSDeferredObjectDisplay(const std::string& name,
                                                  const StrongPtr<VCreationPreferences>& preferences,
                                                  Samples wanted)
     : MSDeferredObjectDisplay(name, preferences) {
-    const StrongPtr<VParameter> made(new VParameter(makeValue(wanted.initialValue), "samples", {}));
-    made->setCreator(this);
-    samples = VSlotGlobals::addParameter(this, "samples", wanted.expertLevel, made, typeid(int), true);
-    samples->clearState(VParameter::ValueSet);
-    samples->setProperty("max", makeValue(MostSamples), nullptr);
+    samples.emplace(this, "samples", wanted.initialValue, wanted.expertLevel,
+                    Limits<int>{.max = MostSamples});
 }
 
 MSDeferredObjectDisplay::MSDeferredObjectDisplay(const std::string& name,
@@ -158,12 +157,7 @@ BoundingSphere MSDeferredObjectDisplay::bounds() const {
 }
 
 bool MSDeferredObjectDisplay::readSamples(const VValuePool& pool, int& count) const noexcept {
-    if (!samples) return false;
-    const VParameter::LocalValue local = samples->getLocalValue(pool);
-    const auto* typed = dynamic_cast<const TypedValue<int>*>(local.value.get());
-    if (!typed) return false;
-    count = typed->value();
-    return true;
+    return samples && samples->read(pool, count);
 }
 
 } // namespace krod

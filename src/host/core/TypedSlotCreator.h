@@ -6,6 +6,7 @@
 #include "host/memory/HostAllocated.h"
 
 #include <atomic>
+#include <cstdint>
 #include <string>
 #include <typeinfo>
 
@@ -33,7 +34,7 @@ public:
     [[nodiscard]] static const TypedSlotCreator* find(const std::type_info& type) noexcept;
 
     /// Counts destroyed slots whose type was registered.
-    static std::atomic<long> InternalTypeCreatorAccessory;
+    static std::atomic<std::int64_t> InternalTypeCreatorAccessory;
 };
 
 } // namespace krod

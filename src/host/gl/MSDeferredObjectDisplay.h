@@ -2,7 +2,10 @@
 // The host's base of deferred object displays.
 #pragma once
 
+#include "host/core/TypedSlot.h"
 #include "host/gl/MSDeferredRenderObject.h"
+
+#include <optional>
 
 namespace krod {
 
@@ -17,7 +20,7 @@ public:
         int expertLevel;
     };
 
-    /// [host · copies] Declares the parameter "samples" with the property "max" 16, and the input "object".
+    /// [host · copies] Declares the slot "samples" with the property "max" 16, and the input "object".
     MSDeferredObjectDisplay(const std::string& name, const StrongPtr<VCreationPreferences>& preferences,
                             Samples samples);
     /// [host · copies] Declares the input only.
@@ -51,7 +54,7 @@ protected:
 private:
     void drawFrame(VGLRenderContext& context, bool handsDepthOn);
 
-    StrongPtr<VParameter> samples;
+    std::optional<TypedSlot<int>> samples;
     StrongPtr<VGLRenderObject> source;
 };
 

@@ -2,7 +2,6 @@
 // The classes that modules derive from. A frame is: renderer, scene, render operation.
 #include "Recording.h"
 
-#include "host/core/VSlotGlobals.h"
 #include "host/gl/GLImageTileProcessor.h"
 #include "host/gl/MSDeferredObjectDisplay.h"
 #include "host/values/VValueTrait.h"
@@ -10,6 +9,12 @@
 namespace krod {
 
 using recording::host;
+
+namespace {
+
+const TypedSlot<int>::Registration sampleCounts;
+
+} // namespace
 
 VGLRenderContext::~VGLRenderContext() = default;
 
@@ -41,8 +46,7 @@ MSDeferredObjectDisplay::MSDeferredObjectDisplay(const std::string& name,
                                                  const StrongPtr<VCreationPreferences>& preferences,
                                                  Samples wanted)
     : MSDeferredObjectDisplay(name, preferences) {
-    const StrongPtr<VParameter> made(new VParameter(makeValue(wanted.initialValue), "samples", {}));
-    samples = VSlotGlobals::addParameter(this, "samples", wanted.expertLevel, made, typeid(int), true);
+    samples.emplace(this, "samples", wanted.initialValue, wanted.expertLevel);
 }
 MSDeferredObjectDisplay::MSDeferredObjectDisplay(const std::string& name,
                                                  const StrongPtr<VCreationPreferences>& preferences)
@@ -60,10 +64,7 @@ void MSDeferredObjectDisplay::draw(VGLRenderContext& context) {
 }
 
 bool MSDeferredObjectDisplay::readSamples(const VValuePool& pool, int& count) const noexcept {
-    const VParameter::LocalValue local = samples ? samples->getLocalValue(pool) : VParameter::LocalValue{};
-    const auto* typed = dynamic_cast<const TypedValue<int>*>(local.value.get());
-    if (typed) count = typed->value();
-    return typed != nullptr;
+    return samples && samples->read(pool, count);
 }
 
 GLTexture2D::GLTexture2D(int width, int height) : columns(width), rows(height) {}

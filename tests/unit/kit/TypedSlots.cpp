@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The kit's typed slots, in a program that stands for a plug-in.
-#include "plugin/TypedSlot.h"
+#include "host/core/TypedSlot.h"
 
 #include <gtest/gtest.h>
 
@@ -108,7 +108,7 @@ TEST(TypedSlot, destroyed_complainsUntilItsTypeWasRegisteredAndCountsEverAfter) 
         std::fflush(stdout);
         return testing::internal::GetCapturedStdout();
     };
-    const long before = TypedSlotCreator::InternalTypeCreatorAccessory;
+    const std::int64_t before = TypedSlotCreator::InternalTypeCreatorAccessory;
     EXPECT_EQ(destroyOne(), complaint);
     EXPECT_EQ(TypedSlotCreator::InternalTypeCreatorAccessory, before);
     {

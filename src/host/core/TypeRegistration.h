@@ -4,8 +4,11 @@
 
 #include "host/core/TypedSlotCreator.h"
 #include "host/memory/AutoPtr.h"
+#include "host/memory/MemoryException.h"
 #include "host/memory/Typename.h"
 #include "host/values/VValueCreator.h"
+
+#include <string>
 
 namespace krod {
 
@@ -14,12 +17,14 @@ namespace krod {
 template <class T>
 class ValueRegistration {
 public:
-    /// [load]
-    ValueRegistration() {
+    /// [load] Throws MemoryException, and has registered nothing then.
+    ValueRegistration() try {
         if (registered) return;
-        registered = true;
         creator = std::make_unique<TypedValueCreator<T>>();
         VValueCreator::registerCreator(Typename<T>(), *creator);
+        registered = true;
+    } catch (const std::bad_alloc&) {
+        throw MemoryException();
     }
 
 private:
@@ -31,21 +36,24 @@ private:
 template <class T, class SlotCreator>
 class SlotRegistration {
 public:
-    /// [load]
-    SlotRegistration() {
+    /// [load] Throws MemoryException, and has registered nothing then.
+    SlotRegistration() try {
         if (registered) return;
-        registered = true;
         creator = std::make_unique<SlotCreator>();
-        TypedSlotCreator::registerTypedSlotCreator(typeid(T), *creator, Typename<T>());
+        typeName = Typename<T>();
+        TypedSlotCreator::registerTypedSlotCreator(typeid(T), *creator, typeName);
+        registered = true;
+    } catch (const std::bad_alloc&) {
+        throw MemoryException();
     }
     SlotRegistration(const SlotRegistration&) = delete;
     SlotRegistration& operator=(const SlotRegistration&) = delete;
-    /// [load]
+    /// [load] Needs no memory.
     ~SlotRegistration() {
-        if (creator) TypedSlotCreator::unregisterTypedSlotCreator(typeid(T), Typename<T>());
+        if (creator) TypedSlotCreator::unregisterTypedSlotCreator(typeid(T), typeName);
     }
 
-    /// Whether the type was ever registered. Never cleared: slots that are destroyed while the library
+    /// [any] Whether the type was ever registered. Never cleared: slots that are destroyed while the library
     /// unloads ask.
     [[nodiscard]] static bool wasRegistered() noexcept { return registered; }
 
@@ -53,6 +61,7 @@ private:
     static inline constinit bool registered = false;
     ValueRegistration<T> value;
     AutoPtr<TypedSlotCreator> creator;
+    std::string typeName; // kept, so that withdrawing needs no memory
 };
 
 } // namespace krod

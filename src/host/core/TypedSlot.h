@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// Typed slots: how a module declares its parameters.
+// Typed slots: how modules, and the host's own bases of modules, declare their parameters.
 #pragma once
 
-#include "plugin/TypeRegistration.h"
-
+#include "host/core/TypeRegistration.h"
 #include "host/core/VObject.h"
 #include "host/core/VSlotGlobals.h"
 #include "host/core/VValuePool.h"
