@@ -2,6 +2,8 @@
 // Displays as objects: their parameter, their input, what they accept.
 #include "GlFixture.h"
 
+#include <stdexcept>
+
 namespace workbench::test {
 namespace {
 
@@ -63,6 +65,38 @@ TEST(Display, Accepts_what_can_be_drawn_and_nothing_else) {
     const krod::WeakPtr<krod::VObject> expired(shape);
     shape.reset();
     EXPECT_TRUE(shown->accept(expired).empty());
+}
+
+TEST(Display, Takes_no_input_that_its_own_accept_does_not_list) {
+    class Choosy : public TestDisplay {
+    public:
+        Choosy() : TestDisplay([](Renderer&) {}, 1, "choosy") {}
+        [[nodiscard]] krod::AcceptInfoList accept(const krod::WeakPtr<krod::VObject>& object) const override {
+            const auto candidate = object.lock();
+            if (candidate && candidate->name() == "numbers") return {{"weight", "double", 0}};
+            return candidate == wanted ? TestDisplay::accept(object) : krod::AcceptInfoList{};
+        }
+        krod::StrongPtr<krod::VObject> wanted = object(nothing);
+    };
+    const krod::StrongPtr<Choosy> shown(new Choosy);
+    const auto input = krod::castStrong<krod::VGLRenderObject>(shown->wanted);
+    shown->setInput(input);
+    const auto refusal = [&](const krod::StrongPtr<krod::VGLRenderObject>& candidate) -> std::string {
+        try {
+            shown->setInput(candidate);
+        } catch (const std::invalid_argument& error) {
+            return error.what();
+        }
+        return "";
+    };
+    EXPECT_EQ(refusal(object(nothing)),
+              "choosy: object cannot be its input, since the display does not accept it");
+    EXPECT_EQ(refusal(krod::StrongPtr<krod::VGLRenderObject>(new TestObject(nothing, "numbers"))),
+              "choosy: numbers cannot be its input, since the display does not accept it")
+        << "an output of it is not the object itself";
+    EXPECT_EQ(shown->input(), input) << "the old connection stays";
+    EXPECT_EQ(refusal(input), "");
+    EXPECT_EQ(refusal({}), "") << "disconnecting asks nobody";
 }
 
 TEST(Display, Bounds_are_those_of_the_input) {

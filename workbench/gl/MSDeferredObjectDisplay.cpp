@@ -13,6 +13,7 @@
 
 #include <epoxy/gl.h>
 
+#include <algorithm>
 #include <stdexcept>
 
 namespace krod {
@@ -107,7 +108,16 @@ void MSDeferredObjectDisplay::setInput(const StrongPtr<VGLRenderObject>& object)
         const auto* display = dynamic_cast<const MSDeferredObjectDisplay*>(link);
         link = display ? display->input().get() : nullptr;
     }
+    if (object) requireAccepted(object);
     source = object;
+}
+
+void MSDeferredObjectDisplay::requireAccepted(const StrongPtr<VGLRenderObject>& object) const {
+    const AcceptInfoList accepted = accept(WeakPtr<VObject>(object));
+    const bool itself = std::ranges::any_of(accepted, &std::string::empty, &AcceptInfo::output);
+    if (!itself)
+        throw std::invalid_argument(name() + ": " + object->name() +
+                                    " cannot be its input, since the display does not accept it");
 }
 
 AcceptInfoList MSDeferredObjectDisplay::accept(const WeakPtr<VObject>& object) const {

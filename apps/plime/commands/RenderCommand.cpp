@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <limits>
 #include <set>
+#include <stdexcept>
 
 namespace workbench {
 namespace {
@@ -121,12 +122,21 @@ private:
                                              {}});
             if (samples && !hasOwnSamples(request) && display->slots().input("samples"))
                 module->set("samples", *samples, limits);
-            display->setInput(source);
+            connect(*display, source);
             module->hideUnset(pool);
             source = display;
             displays.push_back(std::move(module));
         }
         return displays;
+    }
+
+    static void connect(krod::MSDeferredObjectDisplay& display,
+                        const krod::StrongPtr<krod::VGLRenderObject>& input) {
+        try {
+            display.setInput(input);
+        } catch (const std::invalid_argument& refusal) {
+            throw Failure(Fault::Usage, {"", refusal.what(), "", "", "", {}});
+        }
     }
 
     [[nodiscard]] int sampleCount() const {

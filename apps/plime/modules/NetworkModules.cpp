@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <set>
+#include <stdexcept>
 #include <utility>
 
 namespace workbench {
@@ -126,7 +127,11 @@ void NetworkModules::connect(const NetworkObject& object) {
     if (!drawn)
         refuseNetwork(who, object.place, object.name + " takes an object that cannot be drawn",
                       "a scene or a display", object.input + ", " + source.entry().key);
-    display->setInput(drawn);
+    try {
+        display->setInput(drawn);
+    } catch (const std::invalid_argument& refusal) {
+        refuseNetwork(who, object.place, refusal.what());
+    }
 }
 
 void NetworkModules::requireDrawable(const NetworkView& view) const {

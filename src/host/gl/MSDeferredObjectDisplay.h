@@ -28,7 +28,8 @@ public:
     ~MSDeferredObjectDisplay() override;
 
     /// [host · shares] Connects the input; an empty reference disconnects it. Throws std::invalid_argument
-    /// when the object is this display or has it among its own inputs.
+    /// when the object is this display or has it among its own inputs, and when accept does not list the
+    /// object itself. The old input stays then.
     void setInput(const StrongPtr<VGLRenderObject>& object);
     [[nodiscard]] const StrongPtr<VGLRenderObject>& input() const noexcept { return source; }
 
@@ -52,6 +53,7 @@ protected:
     bool readSamples(const VValuePool& pool, int& samples) const noexcept;
 
 private:
+    void requireAccepted(const StrongPtr<VGLRenderObject>& object) const;
     void drawFrame(VGLRenderContext& context, bool handsDepthOn);
 
     std::optional<TypedSlot<int>> samples;
