@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Fails when a source includes what it may not see, or makes text of numbers elsewhere than in VValueTrait."""
+"""Fails when a source includes what it may not see, makes text of numbers elsewhere than in VValueTrait, or wants a lock
+to be there before any code has run."""
 import re
 import sys
 from pathlib import Path
@@ -46,6 +47,7 @@ FORBIDDEN = {  # folder -> system includes that may not stand there
     "workbench/core": r"GL/|epoxy/",
 }
 NUMBER_TEXT = re.compile(r"std::to_string\(|printf\([^)]*%[0-9.]*[gfe]|std::ostringstream|std::stringstream")
+EARLY_LOCK = re.compile(r"constinit\b.*\bstd::(recursive_|timed_|shared_)*(mutex|condition_variable)\b")
 
 
 def rule_for(path, table):
@@ -67,6 +69,8 @@ def problems(path, text):
             yield f"{path}:{number}: includes <{angled[1]}>, which only the display frame and krod_gl may"
         if path.startswith("src/") and NUMBER_TEXT.search(line):
             yield f"{path}:{number}: makes text of a number; VValueTrait<T>::Text is the one place for that"
+        if EARLY_LOCK.search(line):
+            yield f"{path}:{number}: wants a lock to be constant-initialised, which not every system has; make it on first use"
 
 
 def self_test():
@@ -78,6 +82,8 @@ def self_test():
         ("workbench/files/X.h", '#include "workbench/gl/Quad.h"'): 1,
         ("src/display/X.cpp", "auto s = std::to_string(1.5);"): 1,
         ("src/display/X.cpp", '#include "host/gl/GLProgram.h"'): 0,
+        ("workbench/memory/X.cpp", "constinit std::mutex X::mutex;"): 1,
+        ("workbench/memory/X.cpp", "std::mutex mutex;"): 0,
         ("apps/plime/X.cpp", '#include "src/display/DisplayFrame.h"'): 1,
         ("apps/plime/terminal/X.cpp", '#include "apps/plime/modules/Catalogue.h"'): 1,
         ("apps/plime/pictures/X.cpp", '#include "apps/plime/terminal/Text.h"'): 0,

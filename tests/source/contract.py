@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Fails when a function of the contract (src/host) has no line that says thread, context, ownership and failure."""
+"""Fails when a function of the contract (src/host) has no line that says thread, context, ownership and failure, or when
+the contract or the kit has a type whose size differs between systems."""
 import re
 import sys
 from pathlib import Path
@@ -8,6 +9,7 @@ from pathlib import Path
 DECLARES = re.compile(r"^(\[\[|static |virtual |explicit |KROD_API |void |bool |[A-Za-z_:<>]+[&*]? |[A-Z]\w*\().*\w\(")
 EXEMPT = re.compile(r"= default;|= delete;|\boverride\b|\bfinal\b|~|operator=|operator==|^(return|if|for|while|else|friend|"
                     r"template|using|extern|static_assert|std::swap|touch|held|TextResult result)\b")
+SYSTEM_SIZE = re.compile(r"^(?!\s*//)(?:[^/\"]|/(?!/))*?\b(unsigned\s+)?long\b(?!\s+double)")
 LINE = re.compile(r"^\s*/// \[(any|load|host)\b.*?\]")
 
 
@@ -32,6 +34,10 @@ def main(root):
     headers = sorted((Path(root) / "src/host").rglob("*.h"))
     missing = [f"{header}:{number}: no contract line: {declaration}" for header in headers
                for number, declaration, said in functions(header.read_text(encoding="utf-8")) if not said]
+    kit = sorted((Path(root) / "src/plugin").rglob("*.h"))
+    missing += [f"{header}:{number}: {SYSTEM_SIZE.match(line)[0].strip()}: a long has 32 or 64 bits; say std::int64_t"
+                for header in headers + kit
+                for number, line in enumerate(header.read_text(encoding="utf-8").splitlines(), 1) if SYSTEM_SIZE.match(line)]
     total = sum(1 for header in headers for _ in functions(header.read_text(encoding="utf-8")))
     print("\n".join(missing) or f"{total} functions of {len(headers)} headers say thread, context, ownership and failure.")
     return 1 if missing or not total else 0

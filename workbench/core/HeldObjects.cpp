@@ -11,10 +11,12 @@ namespace {
 /// An object of the library that is neither a creator nor a module, with the references that outputs have.
 struct Candidate {
     LivingObject living;
-    long heldByOutputs = 0;
+    std::int64_t heldByOutputs = 0;
 };
 
-long references(const krod::ReferenceBase& object) { return object.referenceCount().strongReferences(); }
+std::int64_t references(const krod::ReferenceBase& object) {
+    return object.referenceCount().strongReferences();
+}
 
 /// Adds what the value of an output holds. A copy of the value holds exactly what the value holds, so that
 /// the counts tell it whatever the value's type is. Says whether it holds anything.
@@ -22,7 +24,7 @@ bool addReferencesOf(const krod::VValueBase& value, std::vector<Candidate>& cand
     const auto copy = value.clone();
     bool any = false;
     for (Candidate& candidate : candidates) {
-        const long more = references(*candidate.living.object) - candidate.living.strongReferences;
+        const std::int64_t more = references(*candidate.living.object) - candidate.living.strongReferences;
         candidate.heldByOutputs += more;
         any = any || more > 0;
     }

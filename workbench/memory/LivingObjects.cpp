@@ -35,7 +35,7 @@ struct Found {
 
 std::vector<LivingObject> livingObjects(const std::function<bool(const void*)>& ofInterest) {
     std::vector<Found> found;
-    krod::ReferenceCensus::visit([&](const krod::ReferenceBase* object, long strong, bool fixed) {
+    krod::ReferenceCensus::visit([&](const krod::ReferenceBase* object, std::int64_t strong, bool fixed) {
         found.push_back({{object, {}, strong, fixed}, virtualTableOf(*object)});
     });
 

@@ -5,6 +5,7 @@
 #include "host/memory/ReferenceBase.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
@@ -15,7 +16,7 @@ namespace workbench {
 struct LivingObject {
     const krod::ReferenceBase* object;
     std::string typeName; ///< the host's name of its class
-    long strongReferences;
+    std::int64_t strongReferences;
     bool inStaticStorage;
 };
 

@@ -12,8 +12,8 @@ namespace krod {
 
 class ReferenceBase;
 
-/// Strings the counts of all living objects together, in the order of construction. Constant-initialised and
-/// never destroyed, so that objects may come and go before and after every other static object.
+/// Strings the counts of all living objects together, in the order of construction. Made with the first object
+/// and never destroyed, so that objects may come and go before and after every other static object.
 class ReferenceCensus {
 public:
     /// Enters an object that begins to live. Needs no memory.
@@ -27,17 +27,20 @@ public:
     /// deletes an object waits meanwhile, so the visitor must do neither.
     template <class Visitor>
     static void visit(Visitor visitor) {
-        const std::lock_guard lock(mutex);
-        for (const ReferenceCount* count = first; count; count = count->next)
+        const std::lock_guard lock(list().mutex);
+        for (const ReferenceCount* count = list().first; count; count = count->next)
             visitor(static_cast<const ReferenceBase*>(count->object), count->strongReferences(),
                     count->inStaticStorage.load(std::memory_order_relaxed));
     }
 
 private:
-    static constinit std::mutex mutex;
-    static constinit ReferenceCount* first;
-    static constinit ReferenceCount* last;
-    static constinit std::size_t entries;
+    struct List {
+        std::mutex mutex;
+        ReferenceCount* first = nullptr;
+        ReferenceCount* last = nullptr;
+        std::size_t entries = 0;
+    };
+    static List& list() noexcept;
 };
 
 } // namespace krod

@@ -9,7 +9,7 @@ namespace {
 
 // Added to the strong count while the object is being deleted: whatever the destructors retain and release,
 // the count does not come to zero a second time.
-constexpr long Deleting = 1L << 60;
+constexpr std::int64_t Deleting = std::int64_t{1} << 60;
 
 } // namespace
 
@@ -18,7 +18,7 @@ void ReferenceCount::retain() noexcept {
 }
 
 bool ReferenceCount::tryRetain() noexcept {
-    long seen = strong.load(std::memory_order_relaxed);
+    std::int64_t seen = strong.load(std::memory_order_relaxed);
     while (seen > 0 && seen < Deleting && alive())
         if (strong.compare_exchange_weak(seen, seen + 1, std::memory_order_acquire,
                                          std::memory_order_relaxed))
@@ -54,7 +54,7 @@ void ReferenceCount::releaseWeak() noexcept {
     if (weak.fetch_sub(1, std::memory_order_acq_rel) == 1) delete this;
 }
 
-long ReferenceCount::strongReferences() const noexcept {
+std::int64_t ReferenceCount::strongReferences() const noexcept {
     return strong.load(std::memory_order_relaxed) % Deleting;
 }
 

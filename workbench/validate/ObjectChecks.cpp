@@ -165,7 +165,7 @@ void checkRelease(Trial& trial) {
     const Guest guest(trial);
     const std::size_t objects = ObjectRegistry::count(), living = guest.livingObjects();
     forEachObject(trial, guest, [&](const Maker& maker, Object object) {
-        const long references = object->referenceCount().strongReferences();
+        const std::int64_t references = object->referenceCount().strongReferences();
         trial.require(references == 1, maker.label + ": holds " + std::to_string(references - 1) +
                                            " references to its own new object");
         object.reset();

@@ -6,6 +6,7 @@
 #include "host/Export.h"
 
 #include <atomic>
+#include <cstdint>
 
 namespace krod {
 
@@ -33,7 +34,7 @@ public:
     /// references.
     [[nodiscard]] bool alive() const noexcept { return living.load(std::memory_order_acquire); }
     /// [any] The number of strong references; an object in static storage counts itself as one.
-    [[nodiscard]] long strongReferences() const noexcept;
+    [[nodiscard]] std::int64_t strongReferences() const noexcept;
 
 private:
     friend class ReferenceBase;
@@ -43,8 +44,8 @@ private:
     void destroy() noexcept;
     void expire() noexcept;
 
-    std::atomic<long> strong{0};
-    std::atomic<long> weak{1}; // the object holds one, and all strong references together hold one
+    std::atomic<std::int64_t> strong{0};
+    std::atomic<std::int64_t> weak{1}; // the object holds one, and all strong references together hold one
     std::atomic<bool> living{true};
     std::atomic<bool> inStaticStorage{false}; // then the object holds a strong reference to itself
     ReferenceBase* object;
