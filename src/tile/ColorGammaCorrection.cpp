@@ -99,7 +99,7 @@ public:
         green.read(request.context(), s.green);
         blue.read(request.context(), s.blue);
         alpha.read(request.context(), s.alpha);
-        tile::store<ImageTileProcessor>(outputValue(), prefix(s) + Body);
+        tile::store<ImageTileProcessor>(outputValue(), [&] { return prefix(s) + Body; });
         return true;
     }
 

@@ -54,7 +54,7 @@ public:
         Settings s;
         offset.read(request.context(), s.offset);
         exponent.read(request.context(), s.exponent);
-        tile::store<ImageTileProcessor>(outputValue(), prefix(s) + Body);
+        tile::store<ImageTileProcessor>(outputValue(), [&] { return prefix(s) + Body; });
         return true;
     }
 

@@ -67,7 +67,7 @@ public:
         width.read(request.context(), s.width);
         brightness.read(request.context(), s.brightness);
         sharpness.read(request.context(), s.sharpness);
-        tile::store<ImageTileProcessor>(outputValue(), prefix(s) + Body);
+        tile::store<ImageTileProcessor>(outputValue(), [&] { return prefix(s) + Body; });
         return true;
     }
 

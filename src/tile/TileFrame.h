@@ -41,11 +41,11 @@ template <class Processor, class... Arguments>
     return StrongPtr<krod::ImageTileProcessor>(new Processor(std::forward<Arguments>(arguments)...));
 }
 
-/// [host · shares] Stores a program in the processor that an output holds. Nothing happens where it holds
-/// none.
-template <class Processor>
-void store(const StrongPtr<krod::ImageTileProcessor>& held, std::string program) {
-    if (auto* processor = dynamic_cast<Processor*>(held.get())) processor->store(std::move(program));
+/// [host · shares] Stores the program that `compose` gives in the processor that an output holds. Where it holds
+/// none, nothing is composed.
+template <class Processor, class Compose>
+void store(const StrongPtr<krod::ImageTileProcessor>& held, Compose compose) {
+    if (auto* processor = dynamic_cast<Processor*>(held.get())) processor->store(compose());
 }
 
 } // namespace plime::tile

@@ -31,7 +31,7 @@ public:
     bool update(VRequest& request, double) override {
         std::string program = DefaultProgram;
         code.read(request.context(), program);
-        tile::store<ImageTileProcessor>(outputValue(), std::move(program)); // [U3]
+        tile::store<ImageTileProcessor>(outputValue(), [&] { return std::move(program); }); // [U3]
         return true;
     }
 
