@@ -108,14 +108,16 @@ private:
 };
 
 KROD_ROW(2)
-const ObjectRegistration<BlurredObjectRenderer, double, SlotTypes<bool, double, FlagList>> // [B10]
-    registration({.category = "Display",
-                  .source = "BlurredObject",
-                  .name = "Blurred",
-                  .group = "General",
-                  .help = "Blur object in image space.",
-                  .description = "todo"},
-                 0);
+CreatorRegistration<BlurredObjectRenderer, double> creator( // [B10]
+    {.category = "Display",
+     .source = "BlurredObject",
+     .name = "Blurred",
+     .group = "General",
+     .help = "Blur object in image space.",
+     .description = "todo"},
+    0);
+KROD_ROW(2)
+const SlotTypes<bool, double, FlagList> slotTypes;
 
 } // namespace
 } // namespace plime::BlurredObject

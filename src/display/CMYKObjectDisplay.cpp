@@ -56,14 +56,15 @@ private:
 };
 
 KROD_ROW(3)
-const ObjectRegistration<MyObjectDisplay, void, SlotTypes<bool, FlagList>>
-    registration({.category = "Display",
-                  .source = "CMYKObjectDisplay",
-                  .name = "CMYK",
-                  .group = "General",
-                  .help = "todo",
-                  .description = "todo"},
-                 0);
+CreatorRegistration<MyObjectDisplay, void> creator({.category = "Display",
+                                                    .source = "CMYKObjectDisplay",
+                                                    .name = "CMYK",
+                                                    .group = "General",
+                                                    .help = "todo",
+                                                    .description = "todo"},
+                                                   0);
+KROD_ROW(3)
+const SlotTypes<bool, FlagList> slotTypes;
 
 } // namespace
 } // namespace plime::CMYKObjectDisplay

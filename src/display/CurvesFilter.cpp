@@ -87,14 +87,15 @@ private:
 };
 
 KROD_ROW(4)
-const ObjectRegistration<CurvesFilter, void, SlotTypes<bool, FixedArray<double, 2>, FlagList>>
-    registration({.category = "Display",
-                  .source = "CurvesFilter",
-                  .name = "CurveAdjust",
-                  .group = "General",
-                  .help = "Adjust colors using curve image operation",
-                  .description = "todo"},
-                 0);
+CreatorRegistration<CurvesFilter, void> creator({.category = "Display",
+                                                 .source = "CurvesFilter",
+                                                 .name = "CurveAdjust",
+                                                 .group = "General",
+                                                 .help = "Adjust colors using curve image operation",
+                                                 .description = "todo"},
+                                                0);
+KROD_ROW(4)
+const SlotTypes<bool, FixedArray<double, 2>, FlagList> slotTypes;
 
 } // namespace
 } // namespace plime::CurvesFilter

@@ -66,14 +66,16 @@ private:
 };
 
 KROD_ROW(5)
-const ObjectRegistration<HDRObjectRenderer, void, SlotTypes<bool>>
-    registration({.category = "Display",
-                  .source = "DisplayDepth",
-                  .name = "Depth", // [D1]
-                  .group = "General",
-                  .help = "Uses the depth information of an object as colorization.",
-                  .description = "Display the depth of an object as grayscale."},
-                 0);
+CreatorRegistration<HDRObjectRenderer, void>
+    creator({.category = "Display",
+             .source = "DisplayDepth",
+             .name = "Depth", // [D1]
+             .group = "General",
+             .help = "Uses the depth information of an object as colorization.",
+             .description = "Display the depth of an object as grayscale."},
+            0);
+KROD_ROW(5)
+const SlotTypes<bool> slotTypes;
 
 } // namespace
 } // namespace plime::DisplayDepth

@@ -93,14 +93,16 @@ private:
 };
 
 KROD_ROW(9)
-const ObjectRegistration<HDRObjectRenderer, void, SlotTypes<bool, double, FlagList>>
-    registration({.category = "Display",
-                  .source = "HDRObjectDisplay",
-                  .name = "Depth", // [H1]
-                  .group = "General",
-                  .help = "Reduce High Intensity Colors.",
-                  .description = "Maps excess intensity values larger into [0.0,1.0] range."},
-                 0);
+CreatorRegistration<HDRObjectRenderer, void>
+    creator({.category = "Display",
+             .source = "HDRObjectDisplay",
+             .name = "Depth", // [H1]
+             .group = "General",
+             .help = "Reduce High Intensity Colors.",
+             .description = "Maps excess intensity values larger into [0.0,1.0] range."},
+            0);
+KROD_ROW(9)
+const SlotTypes<bool, double, FlagList> slotTypes;
 
 } // namespace
 } // namespace plime::HDRObjectDisplay

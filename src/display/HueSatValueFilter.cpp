@@ -94,14 +94,16 @@ private:
 };
 
 KROD_ROW(11)
-const ObjectRegistration<HueSatValueFilter, void, SlotTypes<bool, double, FlagList>>
-    registration({.category = "Display",
-                  .source = "HueSatValueFilter",
-                  .name = "HSVAdjust",
-                  .group = "General",
-                  .help = "Adjust colors in hue saturation value color space.",
-                  .description = "todo"},
-                 0);
+CreatorRegistration<HueSatValueFilter, void>
+    creator({.category = "Display",
+             .source = "HueSatValueFilter",
+             .name = "HSVAdjust",
+             .group = "General",
+             .help = "Adjust colors in hue saturation value color space.",
+             .description = "todo"},
+            0);
+KROD_ROW(11)
+const SlotTypes<bool, double, FlagList> slotTypes;
 
 } // namespace
 } // namespace plime::HueSatValueFilter

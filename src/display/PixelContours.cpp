@@ -90,8 +90,10 @@ private:
 };
 
 KROD_ROW(13)
-const ObjectRegistration<PixelContours, void, SlotTypes<bool, int, double, FlagList>>
-    registration({.category = "Display", .source = "PixelContours", .name = "PixelContours"}, 0); // [P1]
+CreatorRegistration<PixelContours, void>
+    creator({.category = "Display", .source = "PixelContours", .name = "PixelContours"}, 0); // [P1]
+KROD_ROW(13)
+const SlotTypes<bool, int, double, FlagList> slotTypes;
 
 } // namespace
 } // namespace plime::PixelContours

@@ -104,14 +104,16 @@ private:
 };
 
 KROD_ROW(14)
-const ObjectRegistration<ProximityHDR, double, SlotTypes<bool, int, double, FlagList>> // [X15]
-    registration({.category = "Display",
-                  .source = "ProximityHDR",
-                  .name = "ProximityHDR",
-                  .group = "General",
-                  .help = "todo",
-                  .description = "todo"},
-                 0);
+CreatorRegistration<ProximityHDR, double> creator( // [X15]
+    {.category = "Display",
+     .source = "ProximityHDR",
+     .name = "ProximityHDR",
+     .group = "General",
+     .help = "todo",
+     .description = "todo"},
+    0);
+KROD_ROW(14)
+const SlotTypes<bool, int, double, FlagList> slotTypes;
 
 } // namespace
 } // namespace plime::ProximityHDR

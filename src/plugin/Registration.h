@@ -2,20 +2,24 @@
 // One row of a plug-in's catalogue: what a source unit registers while the library loads.
 //
 // Rows run from the last to the first and are withdrawn from the first to the last, whatever the order of
-// object files on the link line and whatever the linker makes of them: KROD_ROW gives each its place.
-// Everything that a row touches is either constant-initialised or belongs to the host's libraries, which are
-// complete before the plug-in starts.
+// object files on the link line and whatever the linker makes of them: KROD_ROW gives each its place. A row is
+// two objects, in this order: the creator, then what is registered beside it. The first is sure to be destroyed
+// with the library before the second is begun. Everything that a row touches is either constant-initialised or
+// belongs to the host's libraries, which are complete before the plug-in starts. Memory that cannot be had
+// leaves a row as a MemoryException, whoever asked for it.
 #pragma once
 
 #include "plugin/ApiKey.h"
-#include "plugin/TypedSlot.h"
 #include "plugin/VCreator.h"
 #include "plugin/VInputCreator.h"
+
+#include "host/core/TypedSlot.h"
+#include "host/memory/MemoryException.h"
 
 #include <cstdio>
 #include <string>
 
-/// The place of a registration object: row n of the catalogue, 1 <= n < 1000.
+/// The place of the objects of a row: row n of the catalogue, 1 <= n < 1000.
 #define KROD_ROW(row) [[gnu::init_priority(2000 - (row))]]
 
 namespace krod {
@@ -47,21 +51,33 @@ inline VCreatorProperties merged(const CreatorTexts& texts) {
 template <class... Types>
 struct SlotTypes : TypedSlot<Types>::Registration... {};
 
-/// Registers a module as a creator, then the types of its slots.
-template <class Module, class Extra, class Types>
-class ObjectRegistration {
+/// Registers a module as a creator, from construction to destruction.
+template <class Module, class Extra>
+class CreatorRegistration {
 public:
-    /// [load]
-    ObjectRegistration(const CreatorTexts& texts, int order)
-        : creator(merged(texts), order, {}, false, ApiKey) {}
+    /// [load] Property form. Throws MemoryException.
+    CreatorRegistration(const CreatorTexts& texts, int order) try
+        : made(merged(texts), order, {}, false, ApiKey) {
+    } catch (const std::bad_alloc&) {
+        throw MemoryException();
+    }
+    /// [load] Name form: a creator without properties, whose name is the full key. Throws MemoryException.
+    CreatorRegistration(const char* keyname, int order) try
+        : made(std::string(keyname), order, {}, false, ApiKey) {
+    } catch (const std::bad_alloc&) {
+        throw MemoryException();
+    }
+
+    /// [load · borrows]
+    [[nodiscard]] VCreator<Module, Extra>& creator() noexcept { return made; }
 
 private:
-    VCreator<Module, Extra> creator;
-    [[no_unique_address]] Types types;
+    VCreator<Module, Extra> made;
 };
 
 /// Offers a creator as the source of inputs of one type, from construction to destruction. A host that
 /// refuses gets a line on standard output and a warning; the creator stays registered as an ordinary one.
+/// Withdrawing needs no memory.
 template <class InputType, class Creator>
 class InputRegistration {
     using Wrapper = VInputCreator<InputType, Creator>;
@@ -85,21 +101,19 @@ private:
     AutoPtr<Wrapper> wrapper;
 };
 
-/// Registers a module as a creator and as an input creator for `InputType`, then the types of its slots and
-/// output.
+/// What is registered beside the creator of a source: the input creator for `InputType`, then the types of the
+/// module's slots and output.
 template <class Module, class InputType, class Types>
 class SourceRegistration {
 public:
-    /// [load] Property form.
-    SourceRegistration(const CreatorTexts& texts, int order)
-        : creator(merged(texts), order, {}, false, ApiKey) {}
-    /// [load] Name form: a creator without properties, whose name is the full key.
-    SourceRegistration(const char* keyname, int order)
-        : creator(std::string(keyname), order, {}, false, ApiKey) {}
+    /// [load · borrows] Throws MemoryException.
+    explicit SourceRegistration(CreatorRegistration<Module, void>& row) try : input(row.creator()) {
+    } catch (const std::bad_alloc&) {
+        throw MemoryException();
+    }
 
 private:
-    VCreator<Module, void> creator;
-    InputRegistration<InputType, VCreator<Module, void>> input{creator};
+    InputRegistration<InputType, VCreator<Module, void>> input;
     [[no_unique_address]] Types types;
     ValueRegistration<InputType> value;
 };

@@ -49,8 +49,9 @@ public:
 };
 
 KROD_ROW(1)
-const SourceRegistration<ArcTangens, StrongPtr<ImageTileProcessor>, SlotTypes<>>
-    registration("Hollywood/ArcTangens", -1000); // [A1]
+CreatorRegistration<ArcTangens, void> creator("Hollywood/ArcTangens", -1000); // [A1]
+KROD_ROW(1)
+const SourceRegistration<ArcTangens, StrongPtr<ImageTileProcessor>, SlotTypes<>> source(creator);
 
 } // namespace
 } // namespace plime::ArcTangens

@@ -50,8 +50,9 @@ public:
 };
 
 KROD_ROW(7)
-const SourceRegistration<GammaCorrection, StrongPtr<ImageTileProcessor>, SlotTypes<>>
-    registration("Hollywood/GammaCorrection", -1000); // [G1]
+CreatorRegistration<GammaCorrection, void> creator("Hollywood/GammaCorrection", -1000); // [G1]
+KROD_ROW(7)
+const SourceRegistration<GammaCorrection, StrongPtr<ImageTileProcessor>, SlotTypes<>> source(creator);
 
 } // namespace
 } // namespace plime::GammaCorrection
@@ -111,12 +112,13 @@ private:
 };
 
 KROD_ROW(6)
-const SourceRegistration<TileShader, StrongPtr<krod::ImageTileProcessor>, SlotTypes<double>>
-    registration({.category = "Hollywood",
-                  .name = "ColorGammaCorrection",
-                  .help = "Allows to adjust the color of each color channel.",
-                  .description = "Adjust pixel contrast."},
-                 -1000);
+CreatorRegistration<TileShader, void> creator({.category = "Hollywood",
+                                               .name = "ColorGammaCorrection",
+                                               .help = "Allows to adjust the color of each color channel.",
+                                               .description = "Adjust pixel contrast."},
+                                              -1000);
+KROD_ROW(6)
+const SourceRegistration<TileShader, StrongPtr<krod::ImageTileProcessor>, SlotTypes<double>> source(creator);
 
 } // namespace
 } // namespace plime::ColorGammaCorrection

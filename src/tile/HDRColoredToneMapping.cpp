@@ -68,13 +68,15 @@ private:
 };
 
 KROD_ROW(8)
-const SourceRegistration<TileShader, StrongPtr<krod::ImageTileProcessor>, SlotTypes<double>> registration(
+CreatorRegistration<TileShader, void> creator(
     {.category = "Hollywood",
      .name = "HDRColoredToneMapping",
      .help = "Maps excess intensity values larger into [0.0,1.0] range. The contrast (gamma value) can be "
              "specified indepently for each RGBA channel." /* sic [M1] */,
      .description = "Reduce High Intensity Colors, adustable gamma per color channel."},
     -1000);
+KROD_ROW(8)
+const SourceRegistration<TileShader, StrongPtr<krod::ImageTileProcessor>, SlotTypes<double>> source(creator);
 
 } // namespace
 } // namespace plime::HDRColoredToneMapping

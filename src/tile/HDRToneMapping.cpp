@@ -75,12 +75,14 @@ private:
 };
 
 KROD_ROW(10)
-const SourceRegistration<TileShader, StrongPtr<krod::ImageTileProcessor>, SlotTypes<double>>
-    registration({.category = "Hollywood",
-                  .name = "HDRToneMapping",
-                  .help = "Maps excess intensity values larger into [0.0,1.0] range.",
-                  .description = "Reduce High Intensity Colors."},
-                 0 /* [T1] */);
+CreatorRegistration<TileShader, void>
+    creator({.category = "Hollywood",
+             .name = "HDRToneMapping",
+             .help = "Maps excess intensity values larger into [0.0,1.0] range.",
+             .description = "Reduce High Intensity Colors."},
+            0 /* [T1] */);
+KROD_ROW(10)
+const SourceRegistration<TileShader, StrongPtr<krod::ImageTileProcessor>, SlotTypes<double>> source(creator);
 
 } // namespace
 } // namespace plime::HDRToneMapping

@@ -78,12 +78,14 @@ private:
 };
 
 KROD_ROW(12)
+CreatorRegistration<TileShader, void> creator({.category = "Hollywood",
+                                               .name = "PixelBlur",
+                                               .help = "Blurs pixels during image rendering.",
+                                               .description = "Blurs pixels."},
+                                              -1000);
+KROD_ROW(12)
 const SourceRegistration<TileShader, StrongPtr<krod::ImageTileProcessor>, SlotTypes<int, double>>
-    registration({.category = "Hollywood",
-                  .name = "PixelBlur",
-                  .help = "Blurs pixels during image rendering.",
-                  .description = "Blurs pixels."},
-                 -1000);
+    source(creator);
 
 } // namespace
 } // namespace plime::PixelBlur

@@ -40,17 +40,19 @@ private:
 };
 
 KROD_ROW(15)
+CreatorRegistration<TileShader, void>
+    creator({.category = "Hollywood",
+             .name = "TileProgram",
+             .help = "Allows to execute a fragment shader program modifying the colors of each pixel. The "
+                     "fragment shader "
+                     "code in <A HREF=\"https://www.khronos.org/opengl/wiki/OpenGL_Shading_Language\">GLSL "
+                     "language</A> "
+                     "can be modified interactively.",
+             .description = "Modify pixels using some shader code."},
+            2000);
+KROD_ROW(15)
 const SourceRegistration<TileShader, StrongPtr<krod::ImageTileProcessor>, SlotTypes<std::string>>
-    registration(
-        {.category = "Hollywood",
-         .name = "TileProgram",
-         .help = "Allows to execute a fragment shader program modifying the colors of each pixel. The "
-                 "fragment shader "
-                 "code in <A HREF=\"https://www.khronos.org/opengl/wiki/OpenGL_Shading_Language\">GLSL "
-                 "language</A> "
-                 "can be modified interactively.",
-         .description = "Modify pixels using some shader code."},
-        2000);
+    source(creator);
 
 } // namespace
 } // namespace plime::TileProgram

@@ -96,7 +96,7 @@ struct HalfRow {
 };
 
 struct FactorRow {
-    using Registration = ObjectRegistration<Factor, void, SlotTypes<double>>;
+    using Registration = CreatorRegistration<Factor, void>;
     static CreatorTexts texts(const char* name) {
         return {.category = "Mutant",
                 .source = "Factor",
@@ -106,6 +106,7 @@ struct FactorRow {
     }
     Registration registration{texts("Factor"), has(Fault::OrderValue) ? 8 : 7};
     std::optional<Registration> second;
+    SlotTypes<double> types;
 
     FactorRow() {
         if (has(Fault::OneKeyTwice)) second.emplace(texts("Factor"), 7);

@@ -30,6 +30,11 @@ std::size_t ObjectRegistry::count() noexcept {
     return registry().objects.size();
 }
 
+krod::WeakPtr<krod::VObject> ObjectRegistry::object(std::size_t place) noexcept {
+    const std::lock_guard lock(registry().mutex);
+    return place < registry().objects.size() ? registry().objects[place] : krod::WeakPtr<krod::VObject>();
+}
+
 void ObjectRegistry::enter(krod::VObject& object) {
     const std::lock_guard lock(registry().mutex);
     registry().objects.emplace_back(&object);

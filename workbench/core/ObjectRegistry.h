@@ -16,6 +16,8 @@ public:
     [[nodiscard]] static std::vector<krod::WeakPtr<krod::VObject>> objects();
     /// The number of living objects.
     [[nodiscard]] static std::size_t count() noexcept;
+    /// One of them, for those who must not ask for memory: the first is 0, and none is at count().
+    [[nodiscard]] static krod::WeakPtr<krod::VObject> object(std::size_t place) noexcept;
 
 private:
     friend class krod::VObject;

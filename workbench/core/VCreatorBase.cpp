@@ -40,13 +40,20 @@ VCreatorBase::VCreatorBase(const std::string& keyname, int order,
 VCreatorBase::~VCreatorBase() { workbench::CreatorRegistry::remove(*this); }
 
 void VCreatorBase::deleteAllInstances(const std::type_info& type) noexcept {
-    for (const WeakPtr<VObject>& known : workbench::ObjectRegistry::objects()) {
+    using workbench::ObjectRegistry;
+    for (std::size_t place = 0; place < ObjectRegistry::count();) {
         // The reference is kept over the deletion: the count cannot come to zero, and so not delete once
         // more.
-        const StrongPtr<VObject> object = known.lock();
-        if (!object || object->creator().get() != this) continue;
+        const StrongPtr<VObject> object = ObjectRegistry::object(place).lock();
         VObject* const instance = object.get();
-        if (typeid(*instance) == type) delete instance;
+        if (!instance || instance->creator().get() != this || typeid(*instance) != type) {
+            ++place;
+            continue;
+        }
+        const std::size_t before = ObjectRegistry::count();
+        delete instance;
+        // The next one has moved up; where others went along, which may have stood before it, from the start.
+        if (ObjectRegistry::count() + 1 != before) place = 0;
     }
 }
 

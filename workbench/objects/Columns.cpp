@@ -136,7 +136,7 @@ private:
 };
 
 KROD_ROW(6)
-const ObjectRegistration<ColumnsObject, void, SlotTypes<int>> registration(
+CreatorRegistration<ColumnsObject, void> creator(
     {.category = "Scene",
      .source = "Columns",
      .name = "Columns",
@@ -147,6 +147,8 @@ const ObjectRegistration<ColumnsObject, void, SlotTypes<int>> registration(
              "<li><b>columns</b>: columns in each row, from 1 to 64.</li></ul>",
      .description = "Rows of columns that recede over a floor."},
     0);
+KROD_ROW(6)
+const SlotTypes<int> slotTypes;
 
 } // namespace
 } // namespace workbench::objects::Columns

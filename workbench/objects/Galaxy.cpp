@@ -149,7 +149,7 @@ private:
 };
 
 KROD_ROW(4)
-const ObjectRegistration<GalaxyObject, void, SlotTypes<int, double>> registration(
+CreatorRegistration<GalaxyObject, void> creator(
     {.category = "Scene",
      .source = "Galaxy",
      .name = "Galaxy",
@@ -161,6 +161,8 @@ const ObjectRegistration<GalaxyObject, void, SlotTypes<int, double>> registratio
              "<li><b>size</b>: width of a star in pixels, from 1 to 64.</li></ul>",
      .description = "A spiral galaxy of adding points, core far above 1."},
     0);
+KROD_ROW(4)
+const SlotTypes<int, double> slotTypes;
 
 } // namespace
 } // namespace workbench::objects::Galaxy

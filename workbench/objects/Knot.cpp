@@ -123,19 +123,21 @@ private:
 };
 
 KROD_ROW(5)
-const ObjectRegistration<KnotObject, void, SlotTypes<int, double>> registration(
-    {.category = "Scene",
-     .source = "Knot",
-     .name = "Knot",
-     .group = "Demo",
-     .help = "<p>A knot that winds around a torus, lit from the eye, in all hues along its length: "
-             "smooth shading, rounded outlines and one part in front of another.</p>"
-             "<ul><li><b>p</b>: turns around the axis, from 1 to 24.</li>"
-             "<li><b>q</b>: turns through the hole, from 1 to 24. Where p and q share a divisor, the "
-             "line closes early and is one of several.</li>"
-             "<li><b>thickness</b>: radius of the tube, from 0.01 to 1.</li></ul>",
-     .description = "A smooth knot in all hues, lit from the eye."},
-    0);
+CreatorRegistration<KnotObject, void>
+    creator({.category = "Scene",
+             .source = "Knot",
+             .name = "Knot",
+             .group = "Demo",
+             .help = "<p>A knot that winds around a torus, lit from the eye, in all hues along its length: "
+                     "smooth shading, rounded outlines and one part in front of another.</p>"
+                     "<ul><li><b>p</b>: turns around the axis, from 1 to 24.</li>"
+                     "<li><b>q</b>: turns through the hole, from 1 to 24. Where p and q share a divisor, the "
+                     "line closes early and is one of several.</li>"
+                     "<li><b>thickness</b>: radius of the tube, from 0.01 to 1.</li></ul>",
+             .description = "A smooth knot in all hues, lit from the eye."},
+            0);
+KROD_ROW(5)
+const SlotTypes<int, double> slotTypes;
 
 } // namespace
 } // namespace workbench::objects::Knot

@@ -45,7 +45,7 @@ private:
 };
 
 KROD_ROW(1)
-const ObjectRegistration<ModelObject, void, SlotTypes<std::string>> registration(
+CreatorRegistration<ModelObject, void> creator(
     {.category = "Scene",
      .source = "ModelFile",
      .name = "Model",
@@ -56,6 +56,8 @@ const ObjectRegistration<ModelObject, void, SlotTypes<std::string>> registration
              "first needed and when another one is named.</li></ul>",
      .description = "A model from a file."},
     0);
+KROD_ROW(1)
+const SlotTypes<std::string> slotTypes;
 
 } // namespace
 } // namespace workbench::objects::ModelFile

@@ -122,7 +122,7 @@ private:
 };
 
 KROD_ROW(3)
-const ObjectRegistration<PictureObject, void, SlotTypes<std::string>> registration(
+CreatorRegistration<PictureObject, void> creator(
     {.category = "Scene",
      .source = "PictureFile",
      .name = "Picture",
@@ -133,6 +133,8 @@ const ObjectRegistration<PictureObject, void, SlotTypes<std::string>> registrati
              "it is first needed and when another one is named.</li></ul>",
      .description = "A picture from a file, on a plane."},
     0);
+KROD_ROW(3)
+const SlotTypes<std::string> slotTypes;
 
 } // namespace
 } // namespace workbench::objects::PictureFile

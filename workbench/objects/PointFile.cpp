@@ -57,7 +57,7 @@ private:
 };
 
 KROD_ROW(2)
-const ObjectRegistration<PointObject, void, SlotTypes<std::string, double>> registration(
+CreatorRegistration<PointObject, void> creator(
     {.category = "Scene",
      .source = "PointFile",
      .name = "Points",
@@ -70,6 +70,8 @@ const ObjectRegistration<PointObject, void, SlotTypes<std::string, double>> regi
              "<li><b>intensity</b>: factor of all colours, from 0.</li></ul>",
      .description = "Points from a file, adding up."},
     0);
+KROD_ROW(2)
+const SlotTypes<std::string, double> slotTypes;
 
 } // namespace
 } // namespace workbench::objects::PointFile

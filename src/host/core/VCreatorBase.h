@@ -41,7 +41,7 @@ public:
 
 protected:
     /// [load] Deletes every living object that this creator made and whose class is exactly `type`, held or
-    /// not. Strong references that are still held become empty.
+    /// not. Strong references that are still held become empty. Needs no memory.
     void deleteAllInstances(const std::type_info& type) noexcept;
 
 private:

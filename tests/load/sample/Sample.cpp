@@ -38,9 +38,12 @@ private:
 };
 
 KROD_ROW(2)
-const SourceRegistration<PassThrough, Output, SlotTypes<int, double>>
-    second({.category = "Sample", .name = "PassThrough"}, -1);
+CreatorRegistration<PassThrough, void> second({.category = "Sample", .name = "PassThrough"}, -1);
+KROD_ROW(2)
+const SourceRegistration<PassThrough, Output, SlotTypes<int, double>> source(second);
 KROD_ROW(1)
-const ObjectRegistration<Number, void, SlotTypes<double>> first({.category = "Sample", .name = "Number"}, 1);
+CreatorRegistration<Number, void> first({.category = "Sample", .name = "Number"}, 1);
+KROD_ROW(1)
+const SlotTypes<double> slotTypes;
 
 } // namespace
