@@ -14,6 +14,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <limits>
 #include <random>
 #include <stdexcept>
@@ -122,11 +123,16 @@ TEST(ArrayLimit, valuesSetByCode_areRefusedBeforeGigabytesAreComposed) {
             EXPECT_EQ(refusalToCompose(key, krod::makeValue(width)), "") << width;
     }
     for (const double width : {2049.0, 1e9, 2147483647.0})
-        EXPECT_NE(refusalToCompose("Display/Blurred", krod::makeValue(width)), "") << width;
-    for (const double width : {2048.0, 2147483648.0, 1e300, -1e300, std::numeric_limits<double>::infinity(),
-                               std::numeric_limits<double>::quiet_NaN()})
-        EXPECT_EQ(refusalToCompose("Display/Blurred", krod::makeValue(width)), "")
-            << width << " is three taps";
+        EXPECT_EQ(
+            refusalToCompose("Display/Blurred", krod::makeValue(width)),
+            "Display/Blurred: parameter \"width\" would make arrays of more than 2048 elements — expected "
+            "less than 2049.0, got " +
+                krod::VValueTrait<double>::Text(width) + '.');
+    for (const double width : {2048.0, 2048.5, std::nextafter(2049.0, 0.0)}) // 2,048 taps
+        EXPECT_EQ(refusalToCompose("Display/Blurred", krod::makeValue(width)), "") << width;
+    for (const double width : {2147483648.0, 1e300, -1e300, std::numeric_limits<double>::infinity(),
+                               std::numeric_limits<double>::quiet_NaN()}) // three taps
+        EXPECT_EQ(refusalToCompose("Display/Blurred", krod::makeValue(width)), "") << width;
 }
 
 TEST(ArrayLimit, valueOfAPool_countsToo) {

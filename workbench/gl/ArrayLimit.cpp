@@ -19,7 +19,7 @@ struct GreatestValue {
 constexpr int MostElements = 2048;
 
 constexpr std::array<GreatestValue, 3> GreatestValues = {{
-    {"Display/Blurred", "width", MostElements}, // one tap per unit of width
+    {"Display/Blurred", "width", MostElements}, // one tap per whole unit of width
     {"Display/PixelContours", "width", 22},     // a square of (2 width + 1)² neighbours
     {"Display/ProximityHDR", "width", 22},      // the same square
 }};
@@ -34,10 +34,11 @@ std::optional<std::string> exceededArrayLimit(std::string_view key, std::string_
     for (const GreatestValue& limit : GreatestValues) {
         if (limit.key != key || limit.parameter != parameter) continue;
         if (const auto* whole = dynamic_cast<const krod::TypedValue<int>*>(&value))
-            if (whole->value() > limit.greatest) return krod::VValueTrait<int>::Text(limit.greatest);
+            if (whole->value() > limit.greatest)
+                return "at most " + krod::VValueTrait<int>::Text(limit.greatest);
         if (const auto* real = dynamic_cast<const krod::TypedValue<double>*>(&value))
-            if (real->value() > limit.greatest && real->value() < BeyondWhole)
-                return krod::VValueTrait<double>::Text(limit.greatest);
+            if (real->value() >= limit.greatest + 1 && real->value() < BeyondWhole)
+                return "less than " + krod::VValueTrait<double>::Text(limit.greatest + 1);
     }
     return std::nullopt;
 }
@@ -54,9 +55,8 @@ void requireShortArrays(const krod::VObject& module, const krod::VValuePool& poo
     for (const auto& [name, level, parameter] : module.slots().inputs()) {
         const auto value = parameter->getLocalValue(pool).value;
         if (!value) continue;
-        if (const auto greatest = exceededArrayLimit(key, name, *value))
-            throw Failure(Fault::Usage,
-                          {key, tooLongArrays(name), "at most " + *greatest, value->text(), "", {}});
+        if (const auto right = exceededArrayLimit(key, name, *value))
+            throw Failure(Fault::Usage, {key, tooLongArrays(name), *right, value->text(), "", {}});
     }
 }
 

@@ -13,7 +13,8 @@ namespace workbench {
 
 /// Some modules write arrays into their shader text, whose length grows with a parameter. Above 2,048
 /// elements drivers run out of registers, memory or time, so that such values are refused even where limits
-/// do not count. Returns the greatest value that may be set, as text, when `value` makes longer arrays.
+/// do not count. When `value` makes longer arrays, returns what would be right: "at most 22", or "less than
+/// 2049.0" where only the whole part of a number counts.
 [[nodiscard]] KROD_API std::optional<std::string>
 exceededArrayLimit(std::string_view key, std::string_view parameter, const krod::VValueBase& value);
 

@@ -106,8 +106,8 @@ void ModuleInstance::setText(const std::string& name, const std::string& text, L
     if (const krod::TextResult result = value->setFromText(text); !result)
         refuse(who(), "parameter \"" + name + "\" cannot take this value", result.expected, quoted(text), "");
     if (limits == Limits::Checked) requireWithinLimits(target, *value);
-    if (const auto greatest = exceededArrayLimit(row.key, name, *value))
-        refuse(who(), tooLongArrays(name), "at most " + *greatest, value->text(), "");
+    if (const auto right = exceededArrayLimit(row.key, name, *value))
+        refuse(who(), tooLongArrays(name), *right, value->text(), "");
     target.setValue(value);
     files.erase(name);
 }
