@@ -31,6 +31,13 @@ std::string written(const std::function<void(Report&)>& use) {
 const Diagnostic Message = {"file\n.obj",      "cannot be read", "a model",
                             "a \x1b[2Jfolder", "Give a file",    {"first\r", "second"}};
 
+TEST(Report_warning, that_is_an_exclamation_gets_no_full_stop) {
+    EXPECT_EQ(written([](Report& report) {
+                  report.warning({"", "Could not register it!", "", "", "", {}});
+              }),
+              "plime: warning: Could not register it!\n");
+}
+
 TEST(Report_error, is_one_line_with_its_details_indented_and_nothing_for_a_terminal_to_obey) {
     EXPECT_EQ(
         written([](Report& report) { report.error(Message); }),

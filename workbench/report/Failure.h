@@ -31,12 +31,12 @@ struct Diagnostic {
     std::string advice;               ///< what to do, a sentence of its own without a full stop; a question ends in '?'
     std::vector<std::string> details; ///< further lines, printed indented below the sentence
 
-    /// "<who>: <what> — expected <expected>, got <got>. <advice>." on one line.
+    /// "<who>: <what> — expected <expected>, got <got>. <advice>." on one line. An exclamation stays one.
     [[nodiscard]] std::string sentence() const {
         std::string text = who.empty() ? what : who + ": " + what;
         if (!expected.empty()) text += " — expected " + expected;
         if (!got.empty()) text += (expected.empty() ? " — got " : ", got ") + got;
-        text += '.';
+        if (!text.ends_with('!')) text += '.';
         if (!advice.empty()) text += ' ' + advice + (advice.ends_with('?') ? "" : ".");
         return text;
     }
