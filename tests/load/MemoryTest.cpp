@@ -17,6 +17,7 @@
 #include <exception>
 #include <string>
 #include <typeinfo>
+#include <vector>
 
 #include <dlfcn.h>
 #include <sys/wait.h>
@@ -96,20 +97,24 @@ TEST(WithoutMemory, Loading_ends_as_the_memory_librarys_exception_and_everything
         << "what stands beside the last creator fails: that one goes with the library";
 }
 
-TEST(WithoutMemory, Unloading_works) {
-    void* const library = ::dlopen(TOVAR_PLIME, RTLD_NOW | RTLD_LOCAL);
-    ASSERT_TRUE(library) << ::dlerror();
-    const auto held = scene::makeCatalogue();
-    {
-        const FailingMemory failing(1);
-        ::dlclose(library);
-        EXPECT_FALSE(FailingMemory::hasFailed());
+TEST(WithoutMemory, Unloading_works_with_and_without_objects) {
+    for (const bool withObjects : {false, true}) { // the host may not have made any before
+        SCOPED_TRACE(withObjects);
+        void* const library = ::dlopen(TOVAR_PLIME, RTLD_NOW | RTLD_LOCAL);
+        ASSERT_TRUE(library) << ::dlerror();
+        const auto held =
+            withObjects ? scene::makeCatalogue() : std::vector<krod::StrongPtr<krod::VObject>>();
+        {
+            const FailingMemory failing(1);
+            ::dlclose(library);
+            EXPECT_FALSE(FailingMemory::hasFailed());
+        }
+        for (const auto& object : held) EXPECT_FALSE(object);
+        EXPECT_EQ(workbench::ObjectRegistry::count(), 0U);
+        EXPECT_TRUE(workbench::CreatorRegistry::entries().empty());
+        EXPECT_EQ(workbench::InputCreatorRegistry::count(), 0U);
+        EXPECT_FALSE(scene::isInMemory(TOVAR_PLIME));
     }
-    for (const auto& object : held) EXPECT_FALSE(object);
-    EXPECT_EQ(workbench::ObjectRegistry::count(), 0U);
-    EXPECT_TRUE(workbench::CreatorRegistry::entries().empty());
-    EXPECT_EQ(workbench::InputCreatorRegistry::count(), 0U);
-    EXPECT_FALSE(scene::isInMemory(TOVAR_PLIME));
 }
 
 TEST(WithoutMemory, Update_with_an_empty_output_composes_no_text) {

@@ -2,6 +2,7 @@
 #include "workbench/core/ObjectRegistry.h"
 
 #include <mutex>
+#include <new>
 
 namespace workbench {
 
@@ -12,9 +13,11 @@ struct Registry {
     std::vector<krod::WeakPtr<krod::VObject>> objects;
 };
 
-/// Never destroyed: objects may outlive every static object.
-Registry& registry() {
-    static Registry& living = *new Registry;
+/// Never destroyed: objects may outlive every static object. Made without memory, since a library that is
+/// unloaded asks before any object may have been made.
+Registry& registry() noexcept {
+    alignas(Registry) static unsigned char place[sizeof(Registry)];
+    static Registry& living = *new (place) Registry;
     return living;
 }
 
