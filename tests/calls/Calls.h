@@ -20,9 +20,9 @@ public:
     ~Record();
 
     /// The lines until now; the record starts anew.
-    [[nodiscard]] std::vector<std::string> take();
+    [[nodiscard]] static std::vector<std::string> take();
     /// The same as one text, each line with a line end.
-    [[nodiscard]] std::string text();
+    [[nodiscard]] static std::string text();
 };
 
 /// What the host answers otherwise than usual.

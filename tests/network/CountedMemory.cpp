@@ -43,4 +43,6 @@ std::size_t mostBytesDuring(const std::function<void()>& work) {
     return most - before;
 }
 
+std::size_t bytesInUse() noexcept { return now; }
+
 } // namespace workbench

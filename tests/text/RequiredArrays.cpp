@@ -7,6 +7,7 @@
 #include <array>
 #include <charconv>
 #include <cstdlib>
+#include <ostream>
 #include <vector>
 
 namespace {
@@ -16,6 +17,8 @@ struct Neighbourhood {
     const char* key;
     const char* file;
 };
+
+void PrintTo(const Neighbourhood& display, std::ostream* stream) { *stream << display.key; }
 
 class RequiredArrays : public DisplayTexts, public testing::WithParamInterface<Neighbourhood> {
 protected:

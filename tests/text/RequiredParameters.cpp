@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <ostream>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -146,6 +147,8 @@ std::string outputsOf(const VObject& module) {
                  (held<Processor>(output.parameter->value()) ? " processor\n" : " of another type\n");
     return lines;
 }
+
+void PrintTo(const Module& module, std::ostream* stream) { *stream << module.key; }
 
 class RequiredParameters : public testing::TestWithParam<Module> {};
 
