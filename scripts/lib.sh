@@ -1,6 +1,6 @@
 # shellcheck shell=bash
 # SPDX-License-Identifier: Apache-2.0
-# Shared by setup, demo and test: sourced, never run. It moves to the root of the repository.
+# Shared by the scripts: sourced, never run. It moves to the root of the repository.
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.." || exit 1
 
@@ -11,6 +11,20 @@ say() { printf '%s\n' "$*" >&2; }
 fail() {
     say "${0##*/}: $*"
     exit 1
+}
+
+# One word of /etc/os-release, empty where it is not told.
+osRelease() { (. /etc/os-release 2> /dev/null && echo "${!1:-}") || true; }
+
+# The mirror of this very Debian release as apt is configured to use it: from apt's lists or else its sources.
+debianMirror() {
+    local release mirrors
+    release=$(osRelease VERSION_CODENAME)
+    # shellcheck disable=SC2016  # $(REPO_URI) is for apt
+    mirrors=$(apt-get indextargets --format '$(REPO_URI)' 'Created-By: Packages' 'Origin: Debian' "Codename: $release")
+    [ -n "$mirrors" ] ||
+        mirrors=$(apt-get update --print-uris 2> /dev/null | sed -n "s|^'\(.*\)dists/$release/InRelease'.*|\1|p")
+    sed -n 1p <<< "$mirrors"
 }
 
 # Bytes of memory this process may use: the machine's, or less in a container with a limit.
