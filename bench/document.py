@@ -17,7 +17,7 @@ from pathlib import Path
 PAGE = Path(__file__).resolve().parent.parent / "docs/performance.md"
 HEAD = ["| what | wanted | measured | kept | benchmark |", "|---|---|---|---|---|"]
 PACKAGES = {"Mesa": "libgl1-mesa-dri", "OpenEXR": "libopenexr-3-1-30", "OpenImageIO (oiiotool)": "openimageio-tools",
-            "vips": "libvips-tools", "ImageMagick (Q16 HDRI)": "imagemagick-6.q16hdri", "G'MIC": "gmic",
+            "vips": "libvips-tools", "ImageMagick (Q16 HDRI)": "imagemagick-?.q16hdri", "G'MIC": "gmic",
             "VTK": "python3-vtk9", "Google Benchmark": "libbenchmark-dev"}
 
 

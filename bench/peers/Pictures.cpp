@@ -37,6 +37,12 @@ struct Tool {
     [[nodiscard]] double time() const { return seconds.empty() ? firstSeconds : median(seconds); }
 };
 
+/// ImageMagick whose values go beyond white: version 6 in Debian 12, 7 since then.
+std::string imageMagick() {
+    const std::string old = "convert-im6.q16hdri";
+    return std::filesystem::exists("/usr/bin/" + old) ? old : "convert-im7.q16hdri";
+}
+
 /// What the tools are called with for a picture of one format.
 std::vector<Tool> toolsFor(const PictureFormat& format, const Folder& folder) {
     const std::string input = folder.file(format.file), end = format.isExr ? ".exr" : ".png";
@@ -48,7 +54,7 @@ std::vector<Tool> toolsFor(const PictureFormat& format, const Folder& folder) {
          out("plime")},
         {"oiiotool", {"oiiotool", input, "--powc", "1.5,1.5,1.5,1", "-o", out("oiiotool")}, out("oiiotool")},
         {"ImageMagick",
-         {"convert-im6.q16hdri", input, "-channel", "RGB", "-evaluate", "pow", exponent, "-compress",
+         {imageMagick(), input, "-channel", "RGB", "-evaluate", "pow", exponent, "-compress",
           format.isExr ? format.magickCompression : "Zip", out("magick")},
          out("magick")},
         {"G'MIC", {"gmic", "-v", "0", "-i", input, "-sh", "0,2"}, out("gmic")}};
