@@ -228,7 +228,8 @@ TEST_F(PlimeInput, valuesOfOptions_areChecked) {
     for (const std::string value : {"1e300,0,0,1", "0,0,-3.5e38", "0,0,0,1e39"})
         wrong("--background", value, "is beyond what can be drawn — expected values of single precision");
     wrong("--background", "inf,0,0", "cannot be read — expected R,G,B[,A], linear values");
-    wrong("--tile", "8", "has a wrong value — expected a whole number from 16 to 16384");
+    for (const std::string value : {"8", "63"})
+        wrong("--tile", value, "has a wrong value — expected a whole number from 64 to 16384");
     wrong("--overlap", "-1", "has a wrong value — expected a whole number from 0 to 4096");
     for (const std::string value : {"many", "0", "-4"})
         wrong("--samples", value, "has a wrong value — expected a whole number from 1 to 2147483647");
@@ -236,8 +237,11 @@ TEST_F(PlimeInput, valuesOfOptions_areChecked) {
         refusedRender(
             2, "-d,--depth: knows no such depth — expected half, float, uint8 or uint16, got \"bits\".",
             {option, "bits"});
-    refusedProcess(2, "--tile: has a wrong value — expected a whole number from 1 to 131072, got \"big\".",
-                   Gamma + Words{"--tile", "big"});
+    for (const std::string value : {"big", "1", "63"})
+        refusedProcess(2,
+                       "--tile: has a wrong value — expected a whole number from 64 to 131072, got \"" +
+                           value + "\".",
+                       Gamma + Words{"--tile", value});
     refusedProcess(2, "--overlap: has a wrong value — expected a whole number from 0 to 4096, got \"-1\".",
                    Gamma + Words{"--overlap", "-1"});
     refusedProcess(2,

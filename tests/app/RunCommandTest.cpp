@@ -62,11 +62,11 @@ TEST_F(PlimeRun, drawnPicture_isTheSameBytes) {
 }
 
 TEST_F(PlimeRun, pictureDrawnInTiles_isTheSameBytes) {
-    expectSame(Words{"render", "demo:galaxy"} + Chain + Words{"--tile", "50", "--overlap", "7"});
+    expectSame(Words{"render", "demo:galaxy"} + Chain + Words{"--tile", "64", "--overlap", "7"});
     const std::string text = read(at("net.json"));
-    EXPECT_NE(text.find("\"size\": [50, 50],\n        \"overlap\": 7"), std::string::npos) << text;
+    EXPECT_NE(text.find("\"size\": [64, 64],\n        \"overlap\": 7"), std::string::npos) << text;
     expectSame(Words{"render", "demo:galaxy"} + Chain +
-               Words{"--tile", "50", "--overlap", "0", "--with", "Hollywood/GammaCorrection"});
+               Words{"--tile", "64", "--overlap", "0", "--with", "Hollywood/GammaCorrection"});
 }
 
 TEST_F(PlimeRun, drawnPictureCutForItsProcessors_isTheSameBytesWithMoreMemory) {
@@ -177,7 +177,7 @@ TEST_F(PlimeRun, depthAndEncoding_areSaved_andReplacedByOptions) {
         << read(at("net.json"));
     expectSame(Words{"render", "demo:knot", "--size", "32x24", "-d", "float", "--srgb"});
     expectSame(
-        Words{"render", "demo:knot", "--size", "64x48", "--tile", "32", "--overlap", "0", "-d", "uint8"},
+        Words{"render", "demo:knot", "--size", "128x96", "--tile", "64", "--overlap", "0", "-d", "uint8"},
         "tif");
     in(command + Words{"-o", "a.png", "--save-network", "net.json"});
     in({"run", "net.json", "-o", "b.png", "-d", "uint16"});

@@ -91,7 +91,7 @@ def checkExample(folder):
 
 def checkSaved(folder):
     displays = [word for key in DISPLAYS for word in ("--display", key)]
-    plime(folder, "render", "demo:galaxy", "-o", "a.exr", "--size", "64x48", "--tile", "32", "--overlap", "4", *displays,
+    plime(folder, "render", "demo:galaxy", "-o", "a.exr", "--size", "96x80", "--tile", "64", "--overlap", "4", *displays,
           "--unset", "samples", "-d", "float", "--srgb", "--with", "Hollywood/PixelBlur", "-p", "width=3", "--save-network", "a.json")
     plime(folder, "process", "a.exr", "-o", "b.exr", "--with", "Hollywood/TileProgram", "--save-network", "b.json")
     for name in "a.json", "b.json":

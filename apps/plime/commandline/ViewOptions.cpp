@@ -132,7 +132,7 @@ Camera ViewOptions::typedCamera(const Camera& asked, const krod::BoundingSphere&
 FrameSetup ViewOptions::frameOf(const krod::BoundingSphere& bounds) const {
     FrameSetup setup = saved ? workbench::frameOf(*saved) : FrameSetup{};
     if (size) readSize(*size, setup);
-    if (tile) setup.tiles.size = wholeNumber("--tile", *tile, SmallestDrawnTile, LargestDrawnTile);
+    if (tile) setup.tiles.size = wholeNumber("--tile", *tile, SmallestAskedTile, LargestDrawnTile);
     if (overlap) setup.tiles.overlap = wholeNumber("--overlap", *overlap, 0, LargestOverlap);
     const double aspect = static_cast<double>(setup.width) / setup.height;
     setup.camera = saved && saved->camera ? cameraOf(*saved->camera, bounds) : Camera::fitted(bounds, aspect);

@@ -13,6 +13,8 @@ namespace workbench {
 
 /// The sides of the tiles in which scenes are drawn, in pixels.
 inline constexpr int SmallestDrawnTile = 16, LargestDrawnTile = 16384;
+/// The smallest --tile. Tiles are files until the picture is complete; smaller ones would be millions.
+inline constexpr int SmallestAskedTile = 64;
 /// The largest --overlap.
 inline constexpr int LargestOverlap = 4096;
 

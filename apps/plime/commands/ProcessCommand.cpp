@@ -29,7 +29,8 @@ Reads and writes EXR, PNG, TIFF, JPEG and HDR; the name of OUT says which.
   --srgb            encodes the colours for viewing
   --no-network      does not keep in the picture how it is made
   --tile N          lets shader processors take a picture of up to N pixels a
-                    side as one tile; 4096 unless asked otherwise
+                    side as one tile, 64 at least; 4096 unless asked
+                    otherwise
   --overlap N       what a tile sees of its neighbours, in pixels; 64 unless
                     asked otherwise, less with small tiles
   --resume          takes the tiles that an interrupted run of this command has

@@ -44,8 +44,8 @@ is shown on a plane, or a generated scene, demo:NAME.
   --up X,Y,Z          0,1,0 unless asked otherwise
   --background R,G,B[,A]   linear; 0,0,0,1 unless asked otherwise
   --point-size N      of point lists, in pixels
-  --tile N            draws in tiles of at most N pixels a side, 2048 unless
-                      asked otherwise
+  --tile N            draws in tiles of at most N pixels a side, 64 at least;
+                      2048 unless asked otherwise
   --overlap N         draws N pixels around each tile, for displays that look at
                       their neighbours; 64 unless asked otherwise
   --resume            takes the tiles that an interrupted run of this command

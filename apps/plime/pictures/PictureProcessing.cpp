@@ -84,7 +84,7 @@ std::unique_ptr<PictureReader> opened(const std::string& input) {
 
 TilingWish tilingFrom(const std::optional<std::string>& tile, const std::optional<std::string>& overlap) {
     TilingWish tiling;
-    if (tile) tiling.side = wholeNumber("--tile", *tile, 1, LargestSide);
+    if (tile) tiling.side = wholeNumber("--tile", *tile, SmallestAskedTile, LargestSide);
     if (overlap) tiling.overlap = wholeNumber("--overlap", *overlap, 0, LargestOverlap);
     const int largest = std::min(tiling.side.value_or(LargestCutTile), LargestCutTile);
     if (overlap && largest <= 2 * *tiling.overlap) // known before any picture, and the same for all
