@@ -122,8 +122,9 @@ TEST_F(ShaderWorker, longSum_endsTheWorkerOnly) {
 
 TEST_F(ShaderWorker, callDoubling_takesTooLong) {
     setShaderGuard({.checkTexts = false, .worker = SHADER_WORKER, .time = std::chrono::seconds(4)});
-    expectRefusal(hostileText("callDoubling30"),
-                  "* Tile Fragment Shader *: its program took longer than 4 s.");
+    expectRefusal(
+        hostileText("callDoubling30"),
+        "* Tile Fragment Shader *: its program took longer than 4 s. KROD_SHADER_SECONDS can allow more.");
 }
 
 TEST_F(ShaderWorker, macroDoubling_isSurvived) {
@@ -139,7 +140,34 @@ TEST_F(ShaderWorker, endlessLoop_isEndedOnSoftpipe) {
         return;
     }
     setShaderGuard({.checkTexts = false, .worker = SHADER_WORKER, .time = std::chrono::seconds(4)});
-    expectRefusal(Endless, "* Tile Fragment Shader *: its program took longer than 4 s.");
+    expectRefusal(
+        Endless,
+        "* Tile Fragment Shader *: its program took longer than 4 s. KROD_SHADER_SECONDS can allow more.");
+}
+
+/// Light of a sun: a loop that is long for it must be long in the trial, too.
+TEST_F(ShaderWorker, loopThatIsEndlessForBrightPixels_isEndedOnSoftpipe) {
+    if (!onSoftpipe()) return; // see above
+    setShaderGuard({.checkTexts = false, .worker = SHADER_WORKER, .time = std::chrono::seconds(4)});
+    for (const std::string threshold : {"1.5", "60000.0"})
+        expectRefusal("uniform sampler2D frame; void main() { float s = 0.0; "
+                      "if (texture2D(frame, gl_TexCoord[0].xy).r > " +
+                          threshold + ") while (s < 2.0) s = fract(s + 0.1); gl_FragColor = vec4(s); }",
+                      "* Tile Fragment Shader *: its program took longer than 4 s. KROD_SHADER_SECONDS can "
+                      "allow more.");
+}
+
+TEST_F(ShaderWorker, time_isThatOfTheEnvironment) {
+    const auto timeWith = [](const char* seconds) {
+        ::setenv("KROD_SHADER_SECONDS", seconds, 1);
+        const ShaderGuardSettings settings;
+        ::unsetenv("KROD_SHADER_SECONDS");
+        return settings.time;
+    };
+    EXPECT_EQ(ShaderGuardSettings().time, std::chrono::seconds(8));
+    EXPECT_EQ(timeWith("20"), std::chrono::seconds(20));
+    for (const char* const wrong : {"", "0", "-4", "3601", "many"})
+        EXPECT_EQ(timeWith(wrong), std::chrono::seconds(8));
 }
 
 TEST_F(ShaderWorker, program_isTriedOncePerText) {
@@ -186,6 +214,8 @@ TEST_F(TrialOutcomes, answers_areUnderstood) {
 TEST_F(TrialOutcomes, timeOfAPixel_isPassedOn) {
     EXPECT_EQ(of("printf d1500").secondsPerPixel, 1e-9 * 1500);
     EXPECT_EQ(of("printf 'd-x'").secondsPerPixel, 0);
+    EXPECT_EQ(of("printf d-1500").secondsPerPixel, 0);
+    EXPECT_EQ(of("printf d9000000000000000000").secondsPerPixel, 1) << "more than the trial itself took";
     const ShaderTrial trial{.vertexText = "void main() { gl_Position = ftransform(); }", .fragmentText = Good};
     const TrialOutcome real = tryInWorker(SHADER_WORKER, trial, {.time = std::chrono::seconds(60)});
     ASSERT_EQ(real.kind, Kind::Drawn) << real.reason;

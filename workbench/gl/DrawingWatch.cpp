@@ -64,13 +64,15 @@ void DrawingWatch::watch() {
         if (seconds(CLOCK_MONOTONIC) - clockBegin < limit ||
             seconds(CLOCK_PROCESS_CPUTIME_ID) - processBegin < limit)
             continue;
-        shaderGuard().stuck({who,
-                             "is ended, because its program has drawn for " +
-                                 std::to_string(std::lround(limit)) + " s and does not come to an end",
-                             "",
-                             "",
-                             "Look for a loop that does not end for every value of a pixel",
-                             {}});
+        shaderGuard().stuck(
+            {who,
+             "is ended, because its program has drawn for " + std::to_string(std::lround(limit)) +
+                 " s and does not come to an end",
+             "",
+             "",
+             "Look for a loop that does not end for every value of a pixel, or allow more time "
+             "with KROD_SHADER_SECONDS",
+             {}});
         return;
     }
 }

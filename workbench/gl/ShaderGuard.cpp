@@ -11,6 +11,9 @@
 #include "host/core/VActionNotifier.h"
 
 #include <algorithm>
+#include <charconv>
+#include <cstdlib>
+#include <cstring>
 #include <map>
 #include <mutex>
 #include <system_error>
@@ -20,10 +23,11 @@ namespace workbench {
 namespace {
 
 constexpr std::uint64_t MostMemory = std::uint64_t{4} << 30; // address space of a software driver
-constexpr std::chrono::seconds MostProcessorTime{10};
+constexpr std::chrono::seconds UsualTime{8}, ProcessorTimeInAddition{2};
 
 struct Verdict {
     std::string why;            ///< it is not drawn with; empty: it is
+    std::string advice;
     double secondsPerPixel = 0; ///< of a trial
 };
 
@@ -77,14 +81,17 @@ ShaderTrial trialOf(const ProgramTexts& texts, bool strict) {
 /// Drivers of hardware need any number of addresses.
 ChildLimits limitsOf(const ProgramTexts& texts, std::chrono::milliseconds time) {
     const bool software = RenderSession::require(texts.fragmentLabel).properties().software;
-    return {.time = time, .processorTime = MostProcessorTime, .memory = software ? MostMemory : 0};
+    return {.time = time,
+            .processorTime = std::chrono::ceil<std::chrono::seconds>(time) + ProcessorTimeInAddition,
+            .memory = software ? MostMemory : 0};
 }
 
 Verdict verdictOf(const TrialOutcome& outcome) {
     if (outcome.kind == TrialOutcome::Kind::Killed)
-        return {"ended the shader compiler (" + outcome.reason + ')'};
-    if (outcome.kind == TrialOutcome::Kind::TooLong) return {"took longer than " + outcome.reason};
-    return {"", outcome.secondsPerPixel};
+        return {"ended the shader compiler (" + outcome.reason + ')', ""};
+    if (outcome.kind == TrialOutcome::Kind::TooLong)
+        return {"took longer than " + outcome.reason, "KROD_SHADER_SECONDS can allow more"};
+    return {"", "", outcome.secondsPerPixel};
 }
 
 TrialOutcome outcomeOf(const ProgramTexts& texts, bool strict, const ShaderGuardSettings& settings) {
@@ -128,6 +135,14 @@ Verdict verdictOn(const ProgramTexts& texts, const std::string& driver, bool str
 
 } // namespace
 
+std::chrono::milliseconds ShaderGuardSettings::usualTime() {
+    constexpr int MostSeconds = 3600;
+    const char* const text = std::getenv("KROD_SHADER_SECONDS");
+    int seconds = 0;
+    if (text != nullptr) std::from_chars(text, text + std::strlen(text), seconds);
+    return seconds > 0 && seconds <= MostSeconds ? std::chrono::seconds(seconds) : UsualTime;
+}
+
 void setShaderGuard(ShaderGuardSettings settings) {
     Guard& all = guard();
     const std::lock_guard lock(all.mutex);
@@ -156,7 +171,7 @@ std::optional<double> requireHarmless(const ProgramTexts& texts, const std::stri
                    (file ? "with " + file->path.string() + ", its program " : "its program ") + verdict.why,
                    "",
                    "",
-                   "",
+                   verdict.advice,
                    {}});
 }
 

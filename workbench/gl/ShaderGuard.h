@@ -21,10 +21,13 @@ inline constexpr char TileVertexLabel[] = "* Tile Vertex Shader *";
 struct ShaderGuardSettings {
     bool checkTexts = true;               ///< refuse those that `objectionTo` objects to
     std::filesystem::path worker{};       ///< tries the programs of users first; empty: nothing does
-    std::chrono::milliseconds time{8000}; ///< that a trial may take
+    std::chrono::milliseconds time = usualTime(); ///< that a trial may take
     /// Told, in a thread of its own, that a program of a user draws without an end; see DrawingWatch. The thread
     /// that draws never comes back from OpenGL, so this ends the process. Null: nobody watches.
     void (*stuck)(const Diagnostic& message) = nullptr;
+
+    /// 8 s, or as many as the environment variable KROD_SHADER_SECONDS says, up to 3600.
+    [[nodiscard]] KROD_API static std::chrono::milliseconds usualTime();
 };
 
 /// For all sessions of this process, from now on.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "workbench/gl/worker/WorkerProcess.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstdint>
 
@@ -29,10 +30,11 @@ TrialOutcome outcomeOf(const ChildEnding& ending) {
     return {Kind::Killed, "exit code " + std::to_string(ending.number)};
 }
 
-double secondsIn(const std::string& nanoseconds) {
+/// The time of a pixel, which no trial can have found to be below 0 or above its own time.
+double secondsIn(const std::string& nanoseconds, std::chrono::duration<double> most) {
     std::int64_t number = 0;
     std::from_chars(nanoseconds.data(), nanoseconds.data() + nanoseconds.size(), number);
-    return 1e-9 * static_cast<double>(number);
+    return std::clamp(1e-9 * static_cast<double>(number), 0.0, most.count());
 }
 
 } // namespace
@@ -48,7 +50,7 @@ TrialOutcome tryInWorker(const std::filesystem::path& worker, const ShaderTrial&
     const auto is = [&](TrialAnswer wanted) {
         return !answer.empty() && answer[0] == static_cast<char>(wanted);
     };
-    if (is(TrialAnswer::Drawn)) return {Kind::Drawn, "", secondsIn(answer.substr(1))};
+    if (is(TrialAnswer::Drawn)) return {Kind::Drawn, "", secondsIn(answer.substr(1), limits.time)};
     if (is(TrialAnswer::Refused)) return {Kind::Refused, ""};
     if (is(TrialAnswer::NoOpenGL)) return {Kind::NotStarted, answer.substr(1)};
     return outcomeOf(child.wait());

@@ -58,17 +58,23 @@ void takeSignalsAsTheyAre() {
     for (const int number : {SIGSEGV, SIGBUS, SIGABRT, SIGFPE, SIGILL}) std::signal(number, SIG_DFL);
 }
 
-/// Draws a tile with all values between 0 and 1, so that many paths of the program are taken. Returns the
+/// A value of the tile at a place from 0 to 1: in even rows the place, in odd ones light up to the largest half.
+half_float::half valueAt(float place, int row) {
+    constexpr float LargestHalf = 65504;
+    return half_float::half(row % 2 == 0 ? place : std::pow(LargestHalf, place));
+}
+
+/// Draws a tile with values from 0 to the largest, so that many paths of the program are taken. Returns the
 /// seconds that a pixel took.
 double drawTile(const ShaderTrial& trial, int side) {
     const int pixels = side * side;
     const krod::StrongPtr<krod::Chunk<krod::RGBAHalf>> store(
         new krod::Chunk<krod::RGBAHalf>(static_cast<std::size_t>(pixels)));
     for (int i = 0; i < pixels; ++i) {
+        const int row = i / side;
         const float x = static_cast<float>(i % side) / static_cast<float>(side - 1);
-        const float y = static_cast<float>(i / side) / static_cast<float>(side - 1);
-        store->data()[i] = {half_float::half(x), half_float::half(y), half_float::half(x * y),
-                            half_float::half(1.0F)};
+        const float y = static_cast<float>(row) / static_cast<float>(side - 1);
+        store->data()[i] = {valueAt(x, row), valueAt(y, row), valueAt(x * y, row), half_float::half(1.0F)};
     }
     krod::ImageTile tile(side, side, store);
     const krod::VValuePool pool;
