@@ -91,3 +91,24 @@ TEST_F(PictureDamageTest, Writer_targetsThatCannotBe_areRefused) {
     }
     EXPECT_EQ(filesInFolder(), 0);
 }
+
+// Made by ImageMagick: convert -size 8x8 xc:'rgb(200,100,50)'; and four pixels of which the second and the
+// fourth are transparent.
+TEST_F(PictureDamageTest, Gif_hasTheAlphaOfItsOwnPixels) {
+    const std::string plain(
+        "GIF89a\x08\0\x08\0\xf0\0\0\xc8\x64\x32\0\0\0!\xf9\x04\0\0\0\0\0,\0\0\0\0\x08\0\x08"
+        "\0\0\x02\x07\x84\x8f\xa9\xcb\xed\x5d\0\0;",
+        48);
+    const std::string holes(
+        "GIF89a\x04\0\x01\0\xf1\0\0\xff\0\0\0\0\xff\0\0\0\0\0\0!\xf9\x04\x01\0\0\x02\0,\0\0\0\0\x04"
+        "\0\x01\0\0\x02\x03\x84\x22\x05\0;",
+        50);
+    const Picture same = readPicture(write("a.gif", plain));
+    EXPECT_TRUE(same.description.unreadChannels.empty());
+    expectSameBits(same.pixels, std::vector(64, pixel(200 / 255.0F, 100 / 255.0F, 50 / 255.0F)));
+    const Picture four = readPicture(write("b.gif", holes));
+    ASSERT_EQ(four.pixels.size(), 4U);
+    for (std::size_t i = 0; i < 4; ++i) EXPECT_EQ(float(four.pixels[i].a), i % 2 == 0 ? 1 : 0) << i;
+    EXPECT_EQ(float(four.pixels[0].r), 1);
+    EXPECT_EQ(float(four.pixels[2].b), 1);
+}

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <stdexcept>
 
 namespace workbench {
 
@@ -79,7 +80,10 @@ PixelDecoder::PixelDecoder(PixelDepth storedDepth, int channelCount, bool grey, 
       greenAt(grey ? 0 : 1),
       blueAt(grey ? 0 : 2),
       alphaAt(alphaChannel),
-      table(integerTable(storedDepth)) {}
+      table(integerTable(storedDepth)) {
+    if (channelCount <= static_cast<int>(blueAt) || channelCount <= alphaAt)
+        throw std::invalid_argument("a pixel without the channels that are taken from it");
+}
 
 template <typename Stored, typename Convert>
 void PixelDecoder::decodeAs(const std::byte* stored, std::size_t pixels, krod::RGBAHalf* out,

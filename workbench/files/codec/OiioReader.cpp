@@ -21,6 +21,15 @@ PixelDepth depthOf(OIIO::TypeDesc type) {
     return PixelDepth::Float; // of 32-bit integers and doubles, the library makes floats
 }
 
+/// The channel of alpha, behind those of color; -1 where there is none. The library's own number is no index in
+/// some formats: in GIF files it is one beyond the last channel.
+int alphaChannelOf(const OIIO::ImageSpec& spec, int colours) {
+    if (spec.alpha_channel < spec.nchannels) return spec.alpha_channel >= colours ? spec.alpha_channel : -1;
+    for (int channel = colours; channel < spec.nchannels; ++channel)
+        if (spec.channel_name(channel) == "A") return channel;
+    return -1;
+}
+
 } // namespace
 
 OiioReader::OiioReader(const std::filesystem::path& path) : PictureReader(path) {
@@ -58,23 +67,32 @@ void OiioReader::describe() {
                      static_cast<std::int64_t>(spec.nchannels) *
                          static_cast<std::int64_t>(spec.format.size()),
                      std::filesystem::file_size(file));
+    if (spec.tile_width > 0 && spec.tile_height < 1) // rows are found by it
+        throw Failure(Fault::Input, {file.string(),
+                                     "declares tiles that cannot be",
+                                     "a height above 0",
+                                     std::to_string(spec.tile_height),
+                                     "The file is damaged",
+                                     {}});
     about.format = input->format_name();
     about.width = spec.width;
     about.height = spec.height;
     about.depth = depthOf(spec.format);
     about.dataX = spec.x;
     about.dataY = spec.y;
-    about.displayWindow = {spec.full_x, spec.full_y, spec.full_width, spec.full_height};
+    if (spec.full_width > 0 && spec.full_height > 0)
+        about.displayWindow = {spec.full_x, spec.full_y, spec.full_width, spec.full_height};
     about.isGrey = spec.nchannels <= 2;
     const int colours = about.isGrey ? 1 : 3;
-    about.hasAlpha = spec.alpha_channel >= colours || (spec.nchannels == 2 && spec.alpha_channel == 1);
+    const int alpha = alphaChannelOf(spec, colours);
+    about.hasAlpha = alpha >= 0;
     for (int channel = colours; channel < spec.nchannels; ++channel)
-        if (channel != spec.alpha_channel) about.unreadChannels.push_back(spec.channel_name(channel));
+        if (channel != alpha) about.unreadChannels.push_back(spec.channel_name(channel));
     about.metadata = metadataOf(spec);
     storedType = typeOf(about.depth);
     rowBytes =
         static_cast<std::size_t>(spec.width) * static_cast<std::size_t>(spec.nchannels) * storedType.size();
-    decoder.emplace(about.depth, spec.nchannels, about.isGrey, about.hasAlpha ? spec.alpha_channel : -1);
+    decoder.emplace(about.depth, spec.nchannels, about.isGrey, alpha);
 }
 
 void OiioReader::fail(int first, int count) {

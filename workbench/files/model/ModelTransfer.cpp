@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cmath>
 #include <stdexcept>
 
 #include <sys/stat.h>
@@ -68,6 +69,10 @@ public:
         bytes(values.data(), values.size() * sizeof(typename Container::value_type));
         return values;
     }
+    /// Nothing may be left.
+    void end() const {
+        if (left > 0) broken();
+    }
     [[noreturn]] static void broken() {
         throw std::runtime_error("the importing process sent no valid result");
     }
@@ -89,6 +94,15 @@ private:
     std::uint64_t left = 0;
 };
 
+template <typename Vector>
+bool areFinite(const std::vector<Vector>& vectors) {
+    return std::all_of(vectors.begin(), vectors.end(), [](const Vector& vector) {
+        bool finite = true;
+        for (int i = 0; i < Vector::length(); ++i) finite = finite && std::isfinite(vector[i]);
+        return finite;
+    });
+}
+
 Mesh receiveMesh(Receiver& in) {
     Mesh mesh;
     mesh.positions = in.array<std::vector<glm::vec3>>();
@@ -99,8 +113,9 @@ Mesh receiveMesh(Receiver& in) {
     const std::size_t vertices = mesh.positions.size();
     const bool indicesFit = std::all_of(mesh.triangles.begin(), mesh.triangles.end(),
                                         [&](std::uint32_t index) { return index < vertices; });
-    if (!indicesFit || mesh.triangles.size() % 3 != 0 || mesh.normals.size() != vertices ||
-        (!mesh.colours.empty() && mesh.colours.size() != vertices))
+    if (!indicesFit || !areFinite(mesh.positions) || !areFinite(mesh.normals) || !areFinite(mesh.colours) ||
+        !areFinite(std::vector{mesh.materialColour}) || mesh.triangles.size() % 3 != 0 ||
+        mesh.normals.size() != vertices || (!mesh.colours.empty() && mesh.colours.size() != vertices))
         Receiver::broken();
     return mesh;
 }
@@ -131,12 +146,17 @@ bool sendResult(const ImportResult& result, int descriptor) {
 ImportResult receiveResult(int descriptor) {
     Receiver in(descriptor);
     const auto kind = in.value<Kind>();
-    if (kind == Kind::Message) return in.array<std::string>();
+    if (kind == Kind::Message) {
+        auto message = in.array<std::string>();
+        in.end();
+        return message;
+    }
     if (kind != Kind::Model) Receiver::broken();
     Model model;
     model.droppedVertices = in.value<std::uint64_t>();
     for (auto meshes = in.value<std::uint64_t>(); meshes > 0; --meshes)
         model.meshes.push_back(receiveMesh(in));
+    in.end();
     return model;
 }
 
