@@ -8,10 +8,12 @@
 #include "apps/plime/terminal/Interruption.h"
 #include "workbench/core/ActionListener.h"
 #include "workbench/core/Trace.h"
+#include "workbench/files/InputMemory.h"
 #include "workbench/files/OutputFile.h"
 #include "workbench/gl/ShaderFiles.h"
 #include "workbench/gl/ShaderGuard.h"
 
+#include <algorithm>
 #include <exception>
 #include <filesystem>
 #include <new>
@@ -53,6 +55,7 @@ int perform(const Invocation& invocation, const Commands& commands, Streams& str
     report.setVerbose(invocation.global.verbose);
     if (invocation.global.verbose) streams.showModuleOutput();
     setTraceLevel(invocation.global.traceLevel);
+    setInputMemory(invocation.global.memory - std::min(invocation.global.memory, ProgramBytes));
 
     int code = 0;
     if (invocation.version) {

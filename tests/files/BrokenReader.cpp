@@ -6,9 +6,13 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <ctime>
 #include <memory>
+#include <utility>
 #include <vector>
 
+#include <sys/prctl.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 namespace {
@@ -34,6 +38,26 @@ void takeAllMemory() {
     for (;;) all.emplace_back(new char[std::size_t{64} << 20]);
 }
 
+/// What this process may still do.
+std::string limitsText() {
+    std::string text = "rights " + std::to_string(::prctl(PR_GET_NO_NEW_PRIVS, 0, 0, 0, 0));
+    for (const auto& [name, what] : {std::pair{"core", RLIMIT_CORE},
+                                     {"file", RLIMIT_FSIZE},
+                                     {"files", RLIMIT_NOFILE},
+                                     {"seconds", RLIMIT_CPU}}) {
+        rlimit limit{};
+        ::getrlimit(what, &limit);
+        text += ", " + std::string(name) + ' ' + std::to_string(limit.rlim_cur);
+    }
+    return text;
+}
+
+/// Takes half a second of the processor.
+void workHard() {
+    const std::clock_t begin = std::clock();
+    while (std::clock() - begin < CLOCKS_PER_SEC / 2) continue;
+}
+
 void goWrong(const std::string& way) {
     if (way == "crash") crash();
     if (way == "hang") hang();
@@ -41,6 +65,7 @@ void goWrong(const std::string& way) {
     if (way == "abort") std::abort();
     if (way == "exit") ::_exit(0);
     if (way == "throw") throw std::runtime_error("words of the decoder");
+    if (way == "limits") throw std::runtime_error(limitsText());
 }
 
 /// Its rows hold their numbers.
@@ -56,6 +81,8 @@ private:
     void decodeRows(int first, int count, krod::RGBAHalf* out, ExtraRows*) override {
         if (first <= WrongRow && WrongRow < first + count && name.ends_with("AtRow"))
             goWrong(name.substr(0, name.find("AtRow")));
+        if (name == "slow") workHard();
+        if (name == "lieOverflows") countOverflows(first, 1000000);
         for (int i = 0; i < count * about.width; ++i) {
             const half_float::half row(static_cast<float>(first + i / about.width));
             out[i] = {row, row, row, row};
@@ -71,6 +98,7 @@ void lie(const std::string& what, Channel& channel) {
     about.height = 2000;
     if (what == "lieSize") about.width = 1 << 30;
     if (what == "lieNegative") about.height = -1;
+    if (what == "lieWindow") about.displayWindow = PixelWindow{0, 0, 100, 0};
     if (what == "lieChannels") about.extraChannels.resize(100000);
     std::string bytes = packed(about);
     if (what == "lieShort") bytes.resize(bytes.size() / 2);
@@ -96,7 +124,7 @@ void lie(const std::string& what, Channel& channel) {
 
 void work(const OpenRequest& request, Channel& channel) {
     const std::string name = std::filesystem::path(request.path).stem();
-    if (name.starts_with("lie")) return lie(name, channel);
+    if (name.starts_with("lie") && name != "lieOverflows") return lie(name, channel);
     servePicture(request, channel,
                  [](const std::filesystem::path& path) { return std::make_unique<PatternReader>(path); });
 }

@@ -31,24 +31,24 @@ protected:
     std::string file(const std::string& name) const { return write(name + ".exr", Magic).string(); }
 
     /// Opens and reads the whole picture, which must end in that sentence; the next picture must be read.
-    void expectRefusal(const std::string& name, const std::string& sentence,
-                       PictureLimits limits = {}) const {
+    void expectRefusal(const std::string& name, const std::string& sentence, PictureLimits limits = {},
+                       Fault fault = Fault::Input) const {
         const std::string path = file(name);
         const auto readAll = [&] {
             const auto reader = PictureReader::open(path, limits);
             std::vector<krod::RGBAHalf> pixels(200000);
             reader->readRows(0, 2000, pixels.data());
         };
-        EXPECT_EQ(sentenceOf(Fault::Input, readAll), path + ": " + sentence);
+        EXPECT_EQ(sentenceOf(fault, readAll), path + ": " + sentence);
         EXPECT_EQ(readPicture(file("good")).pixels.size(), 200000U) << name;
     }
 
     /// The same through plime, which ends with that code and leaves nothing: no file, no process.
-    void expectRefusalOfProgram(const std::string& name, const std::string& sentence) const {
+    void expectRefusalOfProgram(const std::string& name, const std::string& sentence, int code = 3) const {
         const std::string path = file(name);
         Call call{Words{"process", path, "-o", at("out.exr")} + Gamma};
         call.environment = {{"KROD_PICTURE_SECONDS", "2"}, {"KROD_PLUGIN_PATH", PLUGIN_FOLDER}};
-        expectFailure(3, path + ": " + sentence, call);
+        expectFailure(code, path + ": " + sentence, call);
         EXPECT_FALSE(fs::exists(at("out.exr")));
     }
 };
@@ -118,15 +118,40 @@ TEST_F(ReaderFaultTest, Decoder_thatHangs_isEnded) {
 
 TEST_F(ReaderFaultTest, Decoder_thatTakesAllMemory_meetsALimit) {
     const std::string advice = ". The file is damaged, or larger than this program allows.";
+    const std::string budget = ". Allow more with --memory; a damaged file may want any amount.";
     const PictureLimits limits{.memory = std::uint64_t{512} << 20};
     expectRefusal("memoryOpening",
-                  "cannot be read as a picture — got more than 512 MiB of memory needed" + advice, limits);
+                  "cannot be read as a picture — got more than 512 MiB of memory needed" + budget, limits,
+                  Fault::Output);
     expectRefusal("memoryAtRow",
                   "cannot be read at the rows 960 to 1023 of 2000 — got more than 512 MiB of memory needed" +
-                      advice,
-                  limits);
+                      budget,
+                  limits, Fault::Output);
     expectRefusal("memoryOpening",
                   "cannot be read as a picture — got more than 2048 MiB of memory needed" + advice);
+}
+
+/// Each step ends in time, and there are many of them.
+TEST_F(ReaderFaultTest, Decoder_thatIsSlowInEveryStep_isEnded) {
+    const std::string path = file("slow");
+    const auto reader = PictureReader::open(path, {.time = Short});
+    std::vector<krod::RGBAHalf> pixels(200000);
+    const std::string sentence = sentenceOf(Fault::Input, [&] {
+        reader->readRows(0, 2000, pixels.data());
+        return 0;
+    });
+    expectHas(sentence, path + ": cannot be read at the rows ");
+    expectHas(sentence,
+              " — got a decoder that takes more time of the processor than its pixels may" + Damaged);
+}
+
+/// The last one is for a head, twice the time of the clock; rows add theirs.
+TEST_F(ReaderFaultTest, Process_ofAPicture_hasGivenUpWhatItDoesNotNeed) {
+    expectRefusal(
+        "limitsOpening",
+        "cannot be read as a picture — got rights 1, core 0, file 0, files 16, seconds 4. The file is "
+        "damaged, or larger than this program allows.",
+        {.time = Short});
 }
 
 TEST_F(ReaderFaultTest, Decoder_thatThrows_isQuoted) {
@@ -137,8 +162,8 @@ TEST_F(ReaderFaultTest, Decoder_thatThrows_isQuoted) {
 
 TEST_F(ReaderFaultTest, Decoder_thatLiesAboutThePicture_isNotBelieved) {
     const std::string wrong = "cannot be read as a picture — got an answer that cannot be right" + Damaged;
-    for (const char* const lie :
-         {"lieNegative", "lieShort", "lieLong", "lieMetadata", "lieCount", "lieNothing", "lieKind"}) {
+    for (const char* const lie : {"lieNegative", "lieShort", "lieLong", "lieMetadata", "lieCount",
+                                  "lieNothing", "lieKind", "lieWindow"}) {
         if (lie != std::string("lieNegative")) expectRefusal(lie, wrong);
     }
     const std::string advice = ". The file is damaged, or larger than this program allows.";
@@ -159,7 +184,8 @@ TEST_F(ReaderFaultTest, Decoder_thatLiesAboutThePicture_isNotBelieved) {
 TEST_F(ReaderFaultTest, Decoder_thatLiesAboutRows_isNotBelieved) {
     const std::string wrong =
         "cannot be read at the rows 0 to 63 of 2000 — got an answer that cannot be right" + Damaged;
-    for (const char* const lie : {"lieRows", "lieSlot", "lieAnswer"}) expectRefusal(lie, wrong);
+    for (const char* const lie : {"lieRows", "lieSlot", "lieAnswer", "lieOverflows"})
+        expectRefusal(lie, wrong);
     expectRefusal("lieFlood",
                   "cannot be read at the rows 64 to 127 of 2000 — got an answer that cannot be right" +
                       Damaged);
@@ -222,8 +248,9 @@ TEST_F(ReaderFaultTest, Plime_endsInOrder_andLeavesNothing) {
 
 TEST_F(ReaderFaultTest, Plime_whoseDecoderTakesAllMemory_endsInOrder) {
     expectRefusalOfProgram("memoryAtRow",
-                           "cannot be read at the rows 960 to 1023 of 2000 — got more than 2057 MiB of "
-                           "memory needed. The file is damaged, or larger than this program allows.");
+                           "cannot be read at the rows 960 to 1023 of 2000 — got more than 668 MiB of "
+                           "memory needed. Allow more with --memory; a damaged file may want any amount.",
+                           4);
 }
 
 TEST_F(ReaderFaultTest, Plime_overManyPictures_goesOnAfterACrash) {

@@ -5,6 +5,10 @@
 #include "workbench/files/reader/LocalReader.h"
 
 #include <cstring>
+#include <thread>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 using namespace workbench;
 
@@ -123,4 +127,32 @@ TEST_F(ReaderTest, Path_thatIsRelative_isFoundAndNamedAsGiven) {
     expectHas(sentenceOf(Fault::Input, [&] { return readPicture("b.png"); }),
               "b.png: cannot be read as a picture");
     std::filesystem::current_path(before);
+}
+
+TEST_F(ReaderTest, Picture_thatAThreadOfThePastHasOpened_isStillRead) {
+    const auto path = noise("a.exr", 100, 600, false);
+    std::unique_ptr<PictureReader> reader;
+    std::thread([&] { reader = PictureReader::open(path); }).join();
+    expectSameRows(*reader, *openPictureHere(path), 0, 600, false);
+    EXPECT_EQ(readPicture(path).description.height, 600);
+}
+
+/// The reading process has another standard input.
+TEST_F(ReaderTest, StandardInput_thatIsAFile_isRead) {
+    const int before = ::dup(STDIN_FILENO);
+    for (const char* const name : {"a.exr", "b.png"}) {
+        const auto path = noise(name, 40, 30, false);
+        const int file = ::open(path.c_str(), O_RDONLY);
+        ::dup2(file, STDIN_FILENO);
+        expectSameBits(readPicture("/dev/stdin").pixels, readPicture(path).pixels);
+        expectSameBits(readPicture("/proc/self/fd/" + std::to_string(file)).pixels, readPicture(path).pixels);
+        std::filesystem::remove(path);
+        EXPECT_EQ(
+            sentenceOf(Fault::Input, [] { return readPicture("/dev/stdin"); }),
+            "/dev/stdin: cannot be read — expected a file that has a name, got one that is deleted. Name the "
+            "file itself.");
+        ::close(file);
+    }
+    ::dup2(before, STDIN_FILENO);
+    ::close(before);
 }

@@ -6,7 +6,9 @@
 
 #include <array>
 #include <csignal>
+#include <memory>
 #include <string>
+#include <thread>
 
 #include <fcntl.h>
 #include <sys/wait.h>
@@ -89,6 +91,30 @@ TEST(ChildProgram, closedStandardStreams_doNotHideTheReason) {
         ::close(kept[static_cast<std::size_t>(stream)]);
     }
     EXPECT_EQ(ending.text(), "cannot be started: /nowhere/program: No such file or directory");
+}
+
+TEST(ChildProgram, rights_areNotGained) {
+    EXPECT_EQ(run("grep NoNewPrivs /proc/self/status").text, "NoNewPrivs:\t1\n");
+}
+
+TEST(ChildProgram, files_areLimited) { EXPECT_EQ(run("ulimit -n", {.files = 20}).text, "20\n"); }
+
+TEST(ChildProgram, endOfItsThread_isItsOwnOrNot) {
+    for (const bool ends : {true, false}) {
+        Pipe answers, question;
+        std::unique_ptr<ChildProgram> child;
+        std::thread([&] {
+            child = std::make_unique<ChildProgram>("/bin/sh",
+                                                   std::vector<std::string>{"-c", "read line; echo $line"},
+                                                   std::vector<int>{question.read.get(), answers.write.get()},
+                                                   ChildLimits{.endsWithThread = ends});
+        }).join();
+        answers.write.close();
+        if (ends) EXPECT_EQ(child->read(answers.read.get(), Most), "") << "it is gone before it is asked";
+        question.read.close();
+        if (!ends) EXPECT_EQ(::write(question.write.get(), "hello\n", 6), 6);
+        if (!ends) EXPECT_EQ(child->read(answers.read.get(), Most), "hello\n");
+    }
 }
 
 TEST(ChildProgram, limits_areThoseAskedFor) {

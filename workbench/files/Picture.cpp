@@ -15,6 +15,7 @@
 #include "workbench/files/reader/LocalReader.h"
 #include "workbench/files/reader/PictureHead.h"
 #include "workbench/files/reader/RemoteReader.h"
+#include "workbench/platform/ProcessLimits.h"
 #include "workbench/report/Failure.h"
 
 #include <algorithm>
@@ -28,8 +29,9 @@ namespace {
 
 /// The factory's type follows from its name in the codec library.
 const PictureCodec& pictureCodec() {
-    static const auto factory = reinterpret_cast<const PictureCodec* (*)()>(
-        codecFunction("krod_picture_codec.so", "krodPictureCodec", "libopenimageio2.4"));
+    constexpr std::uint64_t Addresses = std::uint64_t{384} << 20; // as measured
+    static const auto factory = reinterpret_cast<const PictureCodec* (*)()>(codecFunction(
+        "krod_picture_codec.so", "krodPictureCodec", "libopenimageio2.4", Addresses + bytesOfThreads()));
     return *factory();
 }
 

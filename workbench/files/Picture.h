@@ -4,6 +4,7 @@
 
 #include "host/rendering/RGBAHalf.h"
 #include "workbench/files/Export.h"
+#include "workbench/files/InputMemory.h"
 #include "workbench/files/PictureDescription.h"
 #include "workbench/files/PictureFormat.h"
 
@@ -21,7 +22,7 @@ struct KROD_FILES_API PictureLimits {
     /// Without any progress; more for a picture so large that decoding it takes its time.
     std::chrono::milliseconds time = usualTime();
     /// Bytes, whatever the picture declares; less for a picture that declares little.
-    std::uint64_t memory = std::uint64_t{64} << 30;
+    std::uint64_t memory = inputMemory();
 
     /// 30 s, or as many as the environment variable KROD_PICTURE_SECONDS says, for slow machines and
     /// instrumented builds.

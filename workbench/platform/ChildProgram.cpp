@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "workbench/platform/ChildProgram.h"
 
+#include "workbench/platform/ProcessLimits.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
@@ -22,14 +24,6 @@ namespace {
 namespace fs = std::filesystem;
 using Clock = std::chrono::steady_clock;
 using Way = ChildEnding::Way;
-
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool Instrumented = true;
-#elif defined(__has_feature)
-constexpr bool Instrumented = __has_feature(address_sanitizer) || __has_feature(thread_sanitizer);
-#else
-constexpr bool Instrumented = false;
-#endif
 
 [[noreturn]] void fail(const char* what, int error = errno) {
     throw std::system_error(error, std::generic_category(), what);
@@ -65,9 +59,11 @@ void limit(decltype(RLIMIT_CORE) what, rlim_t soft, rlim_t hard) {
 }
 
 void accept(const ChildLimits& limits) {
+    ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
     limit(RLIMIT_CORE, 0, 0);
+    if (limits.files != 0) limit(RLIMIT_NOFILE, limits.files, limits.files);
     if (limits.fileSize != 0) limit(RLIMIT_FSIZE, limits.fileSize, limits.fileSize);
-    if (limits.memory != 0 && !Instrumented) limit(RLIMIT_AS, limits.memory, limits.memory);
+    if (limits.memory != 0 && AddressesAreLimited) limit(RLIMIT_AS, limits.memory, limits.memory);
     const auto seconds = static_cast<rlim_t>(limits.processorTime.count());
     if (seconds != 0) limit(RLIMIT_CPU, seconds, seconds + 1); // the hard limit kills without a name for it
 }
@@ -114,7 +110,7 @@ void forgetSignals() {
     constexpr int CannotExecute = 127;
     int trouble = departure.trouble;
     ::setpgid(0, 0);
-    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    if (departure.limits->endsWithThread) ::prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (::getppid() != departure.parent) ::_exit(CannotExecute);
     if (takeFiles(departure, moved, trouble)) {
         forgetSignals();

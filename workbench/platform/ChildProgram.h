@@ -22,6 +22,10 @@ struct ChildLimits {
     std::chrono::seconds processorTime{0};
     std::uint64_t memory = 0; ///< bytes of address space; open in instrumented builds
     std::uint64_t fileSize = std::uint64_t{256} << 20; ///< bytes
+    std::uint64_t files = 0;                           ///< open at once
+    /// It dies with the thread that has started it, however that ends. Without that it must see by itself, by a file
+    /// that is closed, that nobody wants it any more.
+    bool endsWithThread = true;
 };
 
 /// How a helper program came to its end.
@@ -48,8 +52,8 @@ struct ChildEnding {
 /// A running helper program, which does not outlive this object, nor this process.
 ///
 /// It is the head of a process group of its own, so that Ctrl-C in a terminal does not reach it. It has the
-/// environment of this process, no core files, the signals as they are by default, and no open files but
-/// those that it is given.
+/// environment of this process, no core files, the signals as they are by default, no open files but those that
+/// it is given, and gains no rights from programs that it starts.
 class ChildProgram {
 public:
     /// Starts the program. `descriptors` become its files 0, 1, 2 and so on; a -1 there, and what is missing

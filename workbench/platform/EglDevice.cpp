@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "workbench/platform/EglDevice.h"
 
+#include "workbench/platform/ProcessLimits.h"
 #include "workbench/report/Failure.h"
 
+#include <cstdint>
 #include <map>
 #include <string_view>
 
@@ -28,6 +30,13 @@ void addEnumeratedDevices(std::vector<EglDevice>& devices) {
     }
 }
 
+/// What a software driver with its compiler takes, as measured; a driver that finds less ends the process.
+void requireRoomOnce() {
+    constexpr std::uint64_t Addresses = std::uint64_t{640} << 20, Files = 16;
+    static const bool isThere = (requireRoomFor("OpenGL", Addresses + bytesOfThreads(), Files), true);
+    static_cast<void>(isThere);
+}
+
 } // namespace
 
 std::string eglErrorText() {
@@ -51,6 +60,7 @@ std::string eglErrorText() {
 }
 
 std::vector<EglDevice> eglDevices() {
+    requireRoomOnce();
     // epoxy ends the process when it cannot open EGL, and it must be asked before any other call.
     if (!epoxy_has_egl())
         throw Failure(Fault::OpenGL, {"OpenGL",

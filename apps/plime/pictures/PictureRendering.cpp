@@ -62,8 +62,16 @@ std::uint64_t bytesOfInput(const std::string& file) {
     if (file.empty()) return 0;
     if (classifyInput(file) != InputKind::Picture) return 6 * std::filesystem::file_size(file);
     const PictureDescription picture = PictureReader::open(file)->description();
-    return 2 * sizeof(krod::RGBAHalf) * static_cast<std::uint64_t>(picture.width) *
-           static_cast<std::uint64_t>(picture.height);
+    const std::uint64_t pixels = sizeof(krod::RGBAHalf) * static_cast<std::uint64_t>(picture.width) *
+                                 static_cast<std::uint64_t>(picture.height);
+    return pixels + std::max(pixels, picture.readerBytes);
+}
+
+/// Before anything is read.
+void requireMemoryForInput(const Session& session, const RenderTask& task) {
+    const std::string path = task.wish.requirePath();
+    const std::uint64_t needed = bytesBesidePixels(true, path, 0) + bytesOfInput(fileOf(task));
+    if (needed > session.options().memory) refuseMemory(path, needed, session.options().memory);
 }
 
 DrawingPlan drawingOf(const Session& session, RenderSession& rendering, const RenderTask& task,
@@ -203,6 +211,7 @@ void drawToFile(Session& session, OpenGLOnDemand& openGL, const RenderTask& task
 } // namespace
 
 void renderToFile(Session& session, OpenGLOnDemand& openGL, const RenderTask& task, Provenance& provenance) {
+    requireMemoryForInput(session, task);
     const krod::BoundingSphere bounds = topOf(task).bounds();
     warnOfNothingToDraw(session.report(), task.scene, task.input, bounds);
     const FrameSetup setup = task.view.frameOf(bounds);

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "workbench/files/codec/CodecLibrary.h"
 
+#include "workbench/platform/ProcessLimits.h"
 #include "workbench/report/Failure.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 
@@ -35,7 +37,10 @@ std::vector<fs::path> codecFolders() {
 
 } // namespace
 
-void* codecFunction(const std::string& file, const char* function, const std::string& package) {
+void* codecFunction(const std::string& file, const char* function, const std::string& package,
+                    std::uint64_t addresses) {
+    constexpr std::uint64_t Files = 8;
+    requireRoomFor(file, addresses, Files);
     std::vector<std::string> tried;
     for (const auto& folder : codecFolders()) {
         const fs::path candidate = (folder / file).lexically_normal();

@@ -2,6 +2,7 @@
 // Codec libraries that are opened on first use.
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 namespace workbench {
@@ -10,7 +11,9 @@ namespace workbench {
 /// environment variable KROD_CODEC_PATH (separated by colons) where it is set; else the folder of this
 /// library and `krod`,
 /// `../lib` and `../lib/krod` beside it. A library that is missing or cannot be opened is Failure(Input),
-/// which names `package` as what it needs. Opened libraries stay open.
-[[nodiscard]] void* codecFunction(const std::string& file, const char* function, const std::string& package);
+/// which names `package` as what it needs; limits of this process that leave it fewer bytes of address space than
+/// `addresses` are Failure(Output). Opened libraries stay open.
+[[nodiscard]] void* codecFunction(const std::string& file, const char* function, const std::string& package,
+                                  std::uint64_t addresses);
 
 } // namespace workbench

@@ -7,21 +7,20 @@
 #include "workbench/files/codec/ModelCodec.h"
 #include "workbench/files/codec/QuietErrors.h"
 #include "workbench/files/model/ModelTransfer.h"
+#include "workbench/platform/Descriptor.h"
+#include "workbench/platform/ProcessLimits.h"
 #include "workbench/report/Failure.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
-#include <fstream>
 #include <new>
+#include <system_error>
 #include <utility>
 
-#include <fcntl.h>
 #include <poll.h>
-#include <sys/mman.h>
 #include <sys/prctl.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -30,26 +29,11 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// A file descriptor that is closed at the end of its scope.
-class Descriptor {
-public:
-    explicit Descriptor(int number) : descriptor(number) {}
-    ~Descriptor() { close(); }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    void close() {
-        if (descriptor >= 0) ::close(std::exchange(descriptor, -1));
-    }
-    [[nodiscard]] int get() const { return descriptor; }
-
-private:
-    int descriptor;
-};
-
 /// Opened before the fork, so that the child takes no lock of the dynamic linker.
 const ModelCodec& modelCodec() {
+    constexpr std::uint64_t Addresses = std::uint64_t{64} << 20; // as measured, like that of pictures
     static const auto factory = reinterpret_cast<const ModelCodec* (*)()>(
-        codecFunction("krod_model_codec.so", "krodModelCodec", "libassimp5"));
+        codecFunction("krod_model_codec.so", "krodModelCodec", "libassimp5", Addresses));
     return *factory();
 }
 
@@ -70,30 +54,43 @@ const ModelCodec& modelCodec() {
 
 std::string megabytes(std::uint64_t bytes) { return std::to_string(bytes >> 20) + " MiB"; }
 
+/// Files that an importer has open at once, with the standard streams and those to this process.
+constexpr std::uint64_t MostFiles = 16;
+
 /// The address space that this process uses already counts against the limit of the child, which begins as
-/// its copy.
-void limitMemory(std::uint64_t memory) {
-    std::uint64_t pages = 0;
-    std::ifstream("/proc/self/statm") >> pages;
-    const rlim_t limit = pages * static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE)) + memory;
-    const struct rlimit both { limit, limit };
-    ::setrlimit(RLIMIT_AS, &both);
-    const struct rlimit none { 0, 0 };
-    ::setrlimit(RLIMIT_CORE, &none);
+/// its copy. What it does not need of the rest is given up.
+void limitChild(const ModelLimits& limits) {
+    giveUpRights();
+    limitAddresses(mappedBytes() + limits.memory);
+    limitFileSize(limits.memory);
+    limitFiles(MostFiles);
+    limitProcessorTime(2 * std::chrono::ceil<std::chrono::seconds>(limits.time));
+}
+
+/// Signals from a terminal reach the child as well, and end it unless this process ignores them.
+void takeSignalsAsTheyAre() {
+    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+        struct sigaction action = {};
+        if (::sigaction(number, nullptr, &action) == 0 && action.sa_handler != SIG_IGN)
+            ::signal(number, SIG_DFL);
+    }
+    for (const int number : {SIGSEGV, SIGABRT, SIGBUS, SIGFPE}) ::signal(number, SIG_DFL);
 }
 
 /// The child: imports, sends and ends without running any destructor of the parent's objects.
 [[noreturn]] void importAndExit(const ModelCodec& codec, const std::filesystem::path& path,
-                                std::uint64_t memory, int result) {
+                                const ModelLimits& limits, int result, int alive) {
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-    for (const int number : {SIGINT, SIGTERM, SIGSEGV, SIGABRT, SIGBUS, SIGFPE}) ::signal(number, SIG_DFL);
+    takeSignalsAsTheyAre();
+    const int kept[] = {result, alive};
+    closeFilesExcept(kept);
     const QuietErrors quiet; // what the importer or the C library prints on the way to a crash
     bool sent = false;
     try {
-        limitMemory(memory);
+        limitChild(limits);
         sent = sendResult(codec.import(path), result);
     } catch (const std::bad_alloc&) {
-        sent = sendResult("more than " + megabytes(memory) + " of memory needed", result);
+        sent = sendResult("more than " + megabytes(limits.memory) + " of memory needed", result);
     } catch (const std::exception& reason) {
         sent = sendResult(reason.what(), result);
     }
@@ -122,23 +119,24 @@ int statusOf(pid_t child) {
     return status;
 }
 
+bool isInterruption(int signal) { return signal == SIGINT || signal == SIGTERM || signal == SIGHUP; }
+
 ImportResult importInChild(const std::filesystem::path& path, const ModelLimits& limits) {
     const ModelCodec& codec = modelCodec();
-    const Descriptor result(::memfd_create("model", MFD_CLOEXEC));
-    int ends[2] = {-1, -1};
-    if (result.get() < 0 || ::pipe2(ends, O_CLOEXEC) != 0) fail(path, std::strerror(errno), "");
-    const Descriptor alive(ends[0]);
-    Descriptor childsEnd(ends[1]);
+    const Descriptor result = memoryFile("model", {});
+    Pipe alive;
     const pid_t child = ::fork();
     if (child < 0) fail(path, std::strerror(errno), "");
-    if (child == 0) importAndExit(codec, path, limits.memory, result.get());
-    childsEnd.close();
-    const bool inTime = waitForEnd(alive.get(), limits.time);
+    if (child == 0) importAndExit(codec, path, limits, result.get(), alive.write.get());
+    alive.write.close();
+    const bool inTime = waitForEnd(alive.read.get(), limits.time);
     if (!inTime) ::kill(child, SIGKILL);
     const int status = statusOf(child);
     if (!inTime)
         fail(path, "no end after " + std::to_string(limits.time.count()) + " ms",
              "The file is probably damaged");
+    if (WIFSIGNALED(status) && isInterruption(WTERMSIG(status)))
+        throw Failure(Fault::Interrupted, {"", "interrupted", "", "", "", {}});
     if (WIFSIGNALED(status))
         fail(path, "a crash of the importer (" + std::string(::strsignal(WTERMSIG(status))) + ")",
              "The file is probably damaged");
@@ -156,6 +154,8 @@ Model readModel(const std::filesystem::path& path, const ModelLimits& limits) {
         auto& model = std::get<Model>(result);
         if (model.meshes.empty()) failEmpty(path, model.droppedVertices > 0);
         return std::move(model);
+    } catch (const std::system_error& reason) { // what this process lacks
+        fail(path, reason.code().message(), "Close other programs, or allow more open files and processes");
     } catch (const std::runtime_error& reason) {
         if (dynamic_cast<const Failure*>(&reason)) throw;
         fail(path, reason.what(), "The file is probably damaged");

@@ -63,6 +63,7 @@ std::string packed(const OpenRequest& request) {
         .text(request.path)
         .number(request.needsCodec)
         .number(request.memory)
+        .integer(request.seconds)
         .bytes();
 }
 
@@ -73,6 +74,7 @@ OpenRequest openRequestIn(std::string_view bytes) {
     request.path = parcel.text();
     request.needsCodec = parcel.flag();
     request.memory = parcel.number();
+    request.seconds = parcel.integer(0);
     parcel.end();
     return request;
 }
@@ -158,6 +160,8 @@ PictureDescription descriptionIn(std::string_view bytes) {
     about.width = data.width;
     about.height = data.height;
     if (parcel.flag()) about.displayWindow = window(parcel);
+    if (about.displayWindow && (about.displayWindow->width < 1 || about.displayWindow->height < 1))
+        throw BrokenParcel();
     for (std::string& name : about.channelNames) name = parcel.text();
     for (std::uint64_t left = parcel.count(LeastText); left > 0; --left) {
         std::string name = parcel.text();
@@ -181,6 +185,7 @@ PictureDescription descriptionIn(std::string_view bytes) {
 std::string packed(const Failure& failure) {
     const Diagnostic& message = failure.diagnostic();
     ParcelWriter parcel;
+    parcel.number(failure.fault() == Fault::Output);
     for (const std::string* part :
          {&message.who, &message.what, &message.expected, &message.got, &message.advice})
         parcel.text(*part);
@@ -190,13 +195,14 @@ std::string packed(const Failure& failure) {
 
 Failure failureIn(std::string_view bytes) {
     ParcelReader parcel(bytes);
+    const Fault fault = parcel.flag() ? Fault::Output : Fault::Input;
     Diagnostic message;
     for (std::string Diagnostic::*part :
          {&Diagnostic::who, &Diagnostic::what, &Diagnostic::expected, &Diagnostic::got, &Diagnostic::advice})
         message.*part = parcel.text();
     message.details = texts(parcel);
     parcel.end();
-    return {Fault::Input, std::move(message)};
+    return {fault, std::move(message)};
 }
 
 } // namespace workbench

@@ -20,6 +20,7 @@ struct OpenRequest {
     std::string path;         ///< as people gave it
     bool needsCodec = false;  ///< it is read by OpenImageIO
     std::uint64_t memory = 0; ///< bytes that reading may need at most, whatever the picture declares
+    int seconds = 0;          ///< of the processor, beside what decoding of its pixels takes
 };
 
 /// Rows that are to be decoded into a slot.
@@ -64,7 +65,7 @@ private:
 [[nodiscard]] RowMemory rowMemoryIn(std::string_view bytes);
 /// A description of a picture that could be: size, channels and windows are within the limits.
 [[nodiscard]] PictureDescription descriptionIn(std::string_view bytes);
-/// A failure of the kind Input.
+/// A failure of the kind Input, or Output where the memory that is allowed does not suffice.
 [[nodiscard]] Failure failureIn(std::string_view bytes);
 
 } // namespace workbench

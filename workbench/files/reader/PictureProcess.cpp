@@ -3,57 +3,76 @@
 
 #include "workbench/files/Reason.h"
 #include "workbench/files/reader/SharedMemory.h"
+#include "workbench/platform/ProcessLimits.h"
 #include "workbench/report/Failure.h"
 
 #include <algorithm>
+#include <chrono>
+#include <cmath>
 #include <cstring>
-#include <fstream>
 #include <new>
 #include <optional>
 
-#include <sys/resource.h>
-#include <unistd.h>
-
 namespace workbench {
 namespace {
-
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool Instrumented = true;
-#elif defined(__has_feature)
-constexpr bool Instrumented = __has_feature(address_sanitizer) || __has_feature(thread_sanitizer);
-#else
-constexpr bool Instrumented = false;
-#endif
 
 /// What reading any head may need, with the stacks and stores of the decoders' threads.
 constexpr std::uint64_t HeadMemory = std::uint64_t{2} << 30;
 /// Decoders of whole pictures hold them as they are stored, and again as they become.
 constexpr std::uint64_t Copies = 3;
 
-std::uint64_t addressSpace() {
-    std::uint64_t pages = 0;
-    std::ifstream("/proc/self/statm") >> pages;
-    return pages * static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE));
-}
+/// A head and the refusal of what is behind it fit into this, however little is allowed.
+constexpr std::uint64_t LeastMemory = std::uint64_t{128} << 20;
+/// Files of a picture that are open at once, with the standard streams and the host's socket.
+constexpr std::uint64_t MostFiles = 16;
+/// Even the slowest decoders are faster than this.
+constexpr double SlowestBytesPerSecond = 4 << 20;
 
 /// Limits this process to what it had at first and so much more.
 class MemoryLimit {
 public:
-    explicit MemoryLimit(std::uint64_t most) : most(most) {}
+    explicit MemoryLimit(std::uint64_t most) : most(std::max(most, LeastMemory)) {}
 
     void allow(std::uint64_t bytes) {
-        allowed = std::min(most, bytes);
-        if (Instrumented) return; // sanitizers reserve terabytes
-        rlimit limit{};
-        ::getrlimit(RLIMIT_AS, &limit);
-        limit.rlim_cur = std::min<rlim_t>(limit.rlim_max, before + allowed);
-        ::setrlimit(RLIMIT_AS, &limit);
+        asked = bytes;
+        allowed = limitAddresses(before + std::min(most, bytes)) - before;
     }
     [[nodiscard]] std::uint64_t megabytes() const { return allowed >> 20U; }
+    /// More is not allowed, whatever a picture declares.
+    [[nodiscard]] bool isTheMost() const { return allowed >= most || allowed < asked; }
 
 private:
-    std::uint64_t most, before = addressSpace(), allowed = 0;
+    std::uint64_t most, before = mappedBytes(), asked = 0, allowed = 0;
 };
+
+/// Limits this process to some seconds of the processor, and what its pixels may take.
+class TimeLimit {
+public:
+    explicit TimeLimit(int seconds) : allowed(seconds) { apply(); }
+
+    /// Some decoders do all the work for the first rows, and anew for rows that lie further up.
+    void allow(const RowsRequest& rows, const PictureDescription& about) {
+        const bool startsAnew = rows.first < nextRow || nextRow == 0;
+        nextRow = rows.first + rows.count;
+        const double bytes =
+            1.0 * about.width * (rows.count + (startsAnew ? about.height : 0)) * sizeof(krod::RGBAHalf);
+        allowed += bytes / SlowestBytesPerSecond;
+        apply();
+    }
+
+private:
+    void apply() const { limitProcessorTime(std::chrono::seconds(std::llround(std::ceil(allowed)))); }
+
+    double allowed;
+    int nextRow = 0;
+};
+
+/// What reading never needs is given up.
+void giveUp() {
+    giveUpRights();
+    limitFiles(MostFiles);
+    limitFileSize(0);
+}
 
 /// The picture as stored, with four bytes for each value.
 std::uint64_t bytesOf(const PictureDescription& about) {
@@ -97,13 +116,15 @@ void decode(PictureReader& reader, const RowsRequest& rows, const Slots& slots) 
 template <typename Work>
 bool guarded(const OpenRequest& request, const MemoryLimit& memory, Channel& channel, const std::string& what,
              Work work) {
-    const auto tell = [&](std::string got) {
-        const Failure failure(Fault::Input, {request.path,
-                                             what,
-                                             "",
-                                             reasonText(std::move(got)),
-                                             "The file is damaged, or larger than this program allows",
-                                             {}});
+    const auto tell = [&](Fault fault, std::string got) {
+        const Failure failure(fault, {request.path,
+                                      what,
+                                      "",
+                                      reasonText(std::move(got)),
+                                      fault == Fault::Output
+                                          ? "Allow more with --memory; a damaged file may want any amount"
+                                          : "The file is damaged, or larger than this program allows",
+                                      {}});
         channel.send(MessageKind::Failed, packed(failure));
         return false;
     };
@@ -114,16 +135,19 @@ bool guarded(const OpenRequest& request, const MemoryLimit& memory, Channel& cha
         channel.send(MessageKind::Failed, packed(failure));
         return false;
     } catch (const std::bad_alloc&) {
-        return tell("more than " + std::to_string(memory.megabytes()) + " MiB of memory needed");
+        return tell(memory.isTheMost() ? Fault::Output : Fault::Input,
+                    "more than " + std::to_string(memory.megabytes()) + " MiB of memory needed");
     } catch (const std::exception& reason) {
-        return tell(reason.what());
+        return tell(Fault::Input, reason.what());
     }
 }
 
 } // namespace
 
 void servePicture(const OpenRequest& request, Channel& channel, const PictureOpener& open) {
+    giveUp();
     MemoryLimit memory(request.memory);
+    TimeLimit time(request.seconds);
     std::unique_ptr<PictureReader> reader;
     const bool isOpen = guarded(request, memory, channel, "cannot be read as a picture", [&] {
         std::error_code ignored; // the path may be absolute
@@ -144,6 +168,7 @@ void servePicture(const OpenRequest& request, Channel& channel, const PictureOpe
         const std::string what = "cannot be read at the rows " + std::to_string(rows.first) + " to " +
                                  std::to_string(rows.first + rows.count - 1) + " of " +
                                  std::to_string(reader->description().height);
+        time.allow(rows, reader->description());
         if (guarded(request, memory, channel, what, [&] { decode(*reader, rows, slots); }))
             channel.send(MessageKind::Decoded, message->bytes);
     }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "workbench/files/reader/ReaderProgram.h"
 
+#include "workbench/platform/ProcessLimits.h"
 #include "workbench/report/Failure.h"
 
 #include <unistd.h>
@@ -8,8 +9,9 @@
 namespace workbench {
 namespace {
 
-/// The program lives as long as this process, and its memory is limited picture by picture.
-constexpr ChildLimits OpenEnd{std::chrono::hours(24 * 365), std::chrono::seconds(0), 0, 0};
+/// The program lives as long as this process, whose end closes its socket, and not as its first user's thread.
+/// Limits are set picture by picture.
+constexpr ChildLimits OpenEnd{.time = std::chrono::hours(24 * 365), .fileSize = 0, .endsWithThread = false};
 
 } // namespace
 
@@ -26,6 +28,8 @@ ReaderProgram::~ReaderProgram() {
 void ReaderProgram::start() {
     if (child && owner != ::getpid()) static_cast<void>(child.release());
     child.reset();
+    constexpr std::uint64_t Addresses = std::uint64_t{64} << 20, Files = 16;
+    requireRoomFor(path.filename().string(), Addresses, Files);
     auto [mine, theirs] = Channel::pair();
     child = std::make_unique<ChildProgram>(path, std::vector<std::string>{},
                                            std::vector<int>{-1, -1, -1, theirs.descriptor()}, OpenEnd);

@@ -6,6 +6,7 @@
 #include "workbench/report/Failure.h"
 
 #include <algorithm>
+#include <csignal>
 #include <cstring>
 #include <system_error>
 
@@ -22,12 +23,31 @@ constexpr std::size_t MostSlots = 8;
 /// Some formats are only decoded whole, and even the slowest of them are faster than this.
 constexpr std::uint64_t SlowestBytesPerSecond = std::uint64_t{4} << 20;
 
+/// What another process calls this file: names such as /dev/stdin mean other files there. Throws
+/// Failure(Input) for one that has no name.
+std::filesystem::path pathElsewhere(const std::filesystem::path& path) {
+    if (!path.string().starts_with("/dev/") && !path.string().starts_with("/proc/")) return path;
+    std::error_code error;
+    const std::filesystem::path real = std::filesystem::canonical(path, error);
+    if (error)
+        throw Failure(Fault::Input, {path.string(),
+                                     "cannot be read",
+                                     "a file that has a name",
+                                     "one that is deleted",
+                                     "Name the file itself",
+                                     {}});
+    return real;
+}
+
 /// A process for the picture. What this process lacks for it is a failure of this picture.
-Channel conversation(const std::filesystem::path& path, std::uint64_t memory, ReaderProgram& program) {
+Channel conversation(const std::filesystem::path& path, const PictureLimits& limits, ReaderProgram& program) {
     try {
         std::error_code ignored; // then the path is an absolute one, or leads nowhere
         const std::string folder = std::filesystem::current_path(ignored).string();
-        return program.open({folder, path.string(), ownFormatOf(path) == OwnFormat::None, memory});
+        // Of the processor, so that a decoder without an answer in time is called that.
+        const std::int64_t seconds = 2 * std::chrono::ceil<std::chrono::seconds>(limits.time).count();
+        return program.open({folder, pathElsewhere(path).string(), ownFormatOf(path) == OwnFormat::None,
+                             limits.memory, static_cast<int>(std::min<std::int64_t>(seconds, 1 << 30))});
     } catch (const std::system_error& reason) {
         throw Failure(Fault::Input, {path.string(),
                                      "cannot be read in a process of its own",
@@ -59,7 +79,7 @@ ChildEnding endingIn(std::string_view bytes) {
 
 RemoteReader::RemoteReader(const std::filesystem::path& path, const PictureLimits& limits,
                            ReaderProgram& program)
-    : PictureReader(path), limits(limits), channel(conversation(path, limits.memory, program)) {
+    : PictureReader(path), limits(limits), channel(conversation(path, limits, program)) {
     const Message message = answer(std::filesystem::file_size(path));
     PictureDescription told;
     try {
@@ -96,8 +116,12 @@ Message RemoteReader::answer(std::uint64_t decodedBytes) {
         std::optional<Message> message = channel.receive(time);
         if (!message) fail("a reading process that ended without a word");
         if (message->kind == MessageKind::Failed) throw failureIn(message->bytes);
-        if (message->kind == MessageKind::Ended)
-            fail("a reading process that " + endingIn(message->bytes).text());
+        if (message->kind == MessageKind::Ended) {
+            const ChildEnding ending = endingIn(message->bytes);
+            fail(ending.way == ChildEnding::Way::Signal && ending.number == SIGXCPU
+                     ? "a decoder that takes more time of the processor than its pixels may"
+                     : "a reading process that " + ending.text());
+        }
         return std::move(*message);
     } catch (const BrokenParcel& reason) {
         fail(reason.what());
@@ -185,6 +209,7 @@ void RemoteReader::copyRows(const Block& block, int first, int count, krod::RGBA
         std::uint64_t infinite = 0;
         const std::size_t place = skipped + static_cast<std::size_t>(row);
         std::memcpy(&infinite, slot + layout.overflows() + place * sizeof infinite, sizeof infinite);
+        if (infinite > 4 * static_cast<std::uint64_t>(about.width)) fail(BrokenParcel().what());
         countOverflows(first + row, infinite);
     }
 }

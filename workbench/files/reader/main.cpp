@@ -6,7 +6,11 @@
 #include "workbench/files/reader/PictureServer.h"
 #include "workbench/report/Failure.h"
 
+#include <cstddef>
 #include <exception>
+
+#include <malloc.h>
+#include <pthread.h>
 
 namespace {
 
@@ -21,10 +25,23 @@ void prepare(const OpenRequest& request) {
     }
 }
 
+/// What threads reserve counts against the memory that a picture may take, and there are as many as processors.
+void reserveLittleForThreads() {
+    constexpr int MostArenas = 2;
+    constexpr std::size_t Stack = std::size_t{2} << 20;
+    ::mallopt(M_ARENA_MAX, MostArenas);
+    pthread_attr_t usual;
+    ::pthread_attr_init(&usual);
+    ::pthread_attr_setstacksize(&usual, Stack);
+    ::pthread_setattr_default_np(&usual);
+    ::pthread_attr_destroy(&usual);
+}
+
 } // namespace
 
 int main() {
     try {
+        reserveLittleForThreads();
         constexpr int HostsSocket = 3;
         Channel control{Descriptor(HostsSocket)};
         servePictures(control, prepare, [](const OpenRequest& request, Channel& channel) {
