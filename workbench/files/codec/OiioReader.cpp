@@ -30,6 +30,21 @@ int alphaChannelOf(const OIIO::ImageSpec& spec, int colours) {
     return -1;
 }
 
+/// What the library holds beside the rows that it hands out, as measured: most decoders hold the picture whole.
+std::uint64_t bytesWhileReading(const std::string& format, const OIIO::ImageSpec& spec) {
+    const auto pixels = static_cast<std::uint64_t>(spec.width) * static_cast<std::uint64_t>(spec.height);
+    const auto samples = pixels * static_cast<std::uint64_t>(spec.nchannels);
+    if (spec.tile_width > 0) // a row of tiles, once more as they are decoded
+        return 2 * spec.scanline_bytes() * static_cast<std::uint64_t>(spec.tile_height);
+    for (const char* const byRows :
+         {"tiff", "png", "jpeg", "hdr", "bmp", "dpx", "cineon", "fits", "rla", "sgi"})
+        if (format == byRows) return 0;
+    if (format == "gif") return 5 * pixels;       // colors and alpha, and what they are made of
+    if (format == "jpeg2000") return 5 * samples; // 32 bits each, and rows of it as they go on
+    if (format == "heif") return 2 * samples * spec.format.size(); // planes, and what becomes of them
+    return samples * spec.format.size();
+}
+
 } // namespace
 
 OiioReader::OiioReader(const std::filesystem::path& path) : PictureReader(path) {
@@ -89,6 +104,7 @@ void OiioReader::describe() {
     for (int channel = colours; channel < spec.nchannels; ++channel)
         if (channel != alpha) about.unreadChannels.push_back(spec.channel_name(channel));
     about.metadata = metadataOf(spec);
+    about.readerBytes = bytesWhileReading(about.format, spec);
     storedType = typeOf(about.depth);
     rowBytes =
         static_cast<std::size_t>(spec.width) * static_cast<std::size_t>(spec.nchannels) * storedType.size();
