@@ -85,7 +85,8 @@ PluginTrialSettings usualPluginTrial() {
     PluginTrialSettings settings{.probe = helperProgram("plime-plugin-probe"),
                                  .limits = {.time = std::chrono::seconds(10),
                                             .processorTime = std::chrono::seconds(2),
-                                            .memory = ProbeDistance + (std::uint64_t{2} << 30)}};
+                                            .memory = ProbeDistance + (std::uint64_t{2} << 30),
+                                            .files = 64}};
     if (const fs::path folder = cacheFolder(); !folder.empty())
         settings.memory = folder / "krod" / "plug-in-trials";
     constexpr int MostSeconds = 3600;

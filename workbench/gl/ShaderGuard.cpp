@@ -23,6 +23,8 @@ namespace workbench {
 namespace {
 
 constexpr std::uint64_t MostMemory = std::uint64_t{4} << 30; // address space of a software driver
+constexpr std::uint64_t MostFileSize = std::uint64_t{16} << 20; // the driver's cache on the disk
+constexpr std::uint64_t MostFiles = 32;
 constexpr std::chrono::seconds UsualTime{8}, ProcessorTimeInAddition{2};
 
 struct Verdict {
@@ -83,7 +85,9 @@ ChildLimits limitsOf(const ProgramTexts& texts, std::chrono::milliseconds time) 
     const bool software = RenderSession::require(texts.fragmentLabel).properties().software;
     return {.time = time,
             .processorTime = std::chrono::ceil<std::chrono::seconds>(time) + ProcessorTimeInAddition,
-            .memory = software ? MostMemory : 0};
+            .memory = software ? MostMemory : 0,
+            .fileSize = MostFileSize,
+            .files = MostFiles};
 }
 
 Verdict verdictOf(const TrialOutcome& outcome) {

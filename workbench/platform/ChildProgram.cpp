@@ -2,6 +2,7 @@
 #include "workbench/platform/ChildProgram.h"
 
 #include "workbench/platform/ProcessLimits.h"
+#include "workbench/platform/SignalPause.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -33,22 +34,6 @@ std::string timeText(std::chrono::milliseconds time) {
     return time.count() % 1000 == 0 ? std::to_string(time.count() / 1000) + " s"
                                     : std::to_string(time.count()) + " ms";
 }
-
-/// While it lives, no handler of this process runs, which a child between fork and exec would run as well.
-class SignalPause {
-public:
-    SignalPause() {
-        sigset_t all;
-        sigfillset(&all);
-        ::pthread_sigmask(SIG_SETMASK, &all, &before);
-    }
-    SignalPause(const SignalPause&) = delete;
-    SignalPause& operator=(const SignalPause&) = delete;
-    ~SignalPause() { ::pthread_sigmask(SIG_SETMASK, &before, nullptr); }
-
-private:
-    sigset_t before{};
-};
 
 void limit(decltype(RLIMIT_CORE) what, rlim_t soft, rlim_t hard) {
     rlimit now{};

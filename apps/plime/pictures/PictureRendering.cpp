@@ -69,8 +69,9 @@ std::uint64_t bytesOfInput(const std::string& file) {
 
 /// Before anything is read.
 void requireMemoryForInput(const Session& session, const RenderTask& task) {
-    const std::string path = task.wish.requirePath();
-    const std::uint64_t needed = bytesBesidePixels(true, path, 0) + bytesOfInput(fileOf(task));
+    const std::string path = task.wish.requirePath(), file = fileOf(task);
+    if (file.empty()) return;
+    const std::uint64_t needed = bytesBesidePixels(true, path, 0) + bytesOfInput(file);
     if (needed > session.options().memory) refuseMemory(path, needed, session.options().memory);
 }
 

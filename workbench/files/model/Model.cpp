@@ -9,6 +9,7 @@
 #include "workbench/files/model/ModelTransfer.h"
 #include "workbench/platform/Descriptor.h"
 #include "workbench/platform/ProcessLimits.h"
+#include "workbench/platform/SignalPause.h"
 #include "workbench/report/Failure.h"
 
 #include <algorithm>
@@ -75,6 +76,9 @@ void takeSignalsAsTheyAre() {
             ::signal(number, SIG_DFL);
     }
     for (const int number : {SIGSEGV, SIGABRT, SIGBUS, SIGFPE}) ::signal(number, SIG_DFL);
+    sigset_t none;
+    sigemptyset(&none);
+    ::sigprocmask(SIG_SETMASK, &none, nullptr);
 }
 
 /// The child: imports, sends and ends without running any destructor of the parent's objects.
@@ -125,9 +129,13 @@ ImportResult importInChild(const std::filesystem::path& path, const ModelLimits&
     const ModelCodec& codec = modelCodec();
     const Descriptor result = memoryFile("model", {});
     Pipe alive;
-    const pid_t child = ::fork();
+    const pid_t child = [&] {
+        const SignalPause pause;
+        const pid_t made = ::fork();
+        if (made == 0) importAndExit(codec, path, limits, result.get(), alive.write.get());
+        return made;
+    }();
     if (child < 0) fail(path, std::strerror(errno), "");
-    if (child == 0) importAndExit(codec, path, limits, result.get(), alive.write.get());
     alive.write.close();
     const bool inTime = waitForEnd(alive.read.get(), limits.time);
     if (!inTime) ::kill(child, SIGKILL);
