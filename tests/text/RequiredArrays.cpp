@@ -4,6 +4,7 @@
 // No golden holds them.
 #include "DisplayTexts.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cstdlib>

@@ -5,6 +5,7 @@
 #include "workbench/files/png/PngMetadata.h"
 #include "workbench/report/Failure.h"
 
+#include <algorithm>
 #include <bit>
 #include <cerrno>
 #include <cstring>
