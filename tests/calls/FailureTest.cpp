@@ -187,7 +187,11 @@ TEST(Failure, ofEachCall_undoesInOrderWhatWasMade) {
 /// Texts and creator: six texts, the creator and its key.
 TEST(Failure, ofEachText_leavesNoMemory) {
     using Creator = CreatorRegistration<Module<0>, void>;
-    { const Creator first(Texts, 7); } // the host's registry has memory of its own from here on
+    { // the host's registry and the record have memory of their own from here on
+        const calls::Record record;
+        { const Creator first(Texts, 7); }
+        EXPECT_FALSE(calls::Record::take().empty());
+    }
     const Inventory before;
     for (int failing = 1; failing <= 8; ++failing) {
         const std::size_t bytes = workbench::bytesInUse();
