@@ -38,10 +38,22 @@ protected:
         EXPECT_EQ(occurrences('\n' + result.error, "\nplime: "), result.code == 0 ? 0U : 1U) << result.error;
         EXPECT_TRUE(result.code == 0 || result.code == 4) << result.code;
         EXPECT_TRUE(read(file) == (result.code == 0 ? whole : Old));
+        expectKept(result.error, file, whole);
         if (result.code == 0 || result.error.find("Finished tiles are kept") != std::string::npos)
             std::filesystem::remove_all(file.string() + ".parts");
         EXPECT_EQ(otherFiles(), others);
         (result.code == 0 ? succeeded : failed) += 1;
+    }
+    /// A complete file that could not take its place is where the message says.
+    static void expectKept(const std::string& said, const std::filesystem::path& file,
+                           const std::string& whole) {
+        const std::string words = "the finished file is kept as ";
+        const std::size_t begin = said.find(words) + words.size();
+        if (said.find(words) == std::string::npos) return;
+        const std::filesystem::path kept = said.substr(begin, said.find(" — got", begin) - begin);
+        EXPECT_TRUE(std::filesystem::exists(kept)) << said;
+        if (said.find(file.string() + ": ") != std::string::npos) EXPECT_TRUE(read(kept) == whole);
+        std::filesystem::remove(kept);
     }
     [[nodiscard]] std::set<std::string> otherFiles() const {
         std::set<std::string> names;

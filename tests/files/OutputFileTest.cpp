@@ -4,10 +4,13 @@
 #include "workbench/files/OutputFile.h"
 
 #include <csignal>
+#include <optional>
+
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -15,7 +18,10 @@ using namespace workbench;
 
 namespace {
 
-class OutputFileTest : public FilesTest {};
+class OutputFileTest : public FilesTest {
+protected:
+    [[nodiscard]] std::string at(const std::string& name) const { return (folder / name).string(); }
+};
 
 /// Lets no file of this process grow beyond `bytes` while it lives: a disk that is full.
 class FullDisk {
@@ -37,7 +43,21 @@ private:
     void (*oldHandler)(int);
 };
 
+/// Whom the host takes itself for; the system's own answer when it is unset.
+std::optional<uid_t> pretendedUser;
+
+struct stat statusOf(const std::filesystem::path& path) {
+    struct stat status {};
+    EXPECT_EQ(::stat(path.c_str(), &status), 0) << path;
+    return status;
+}
+
 } // namespace
+
+/// Takes the C library's place in all libraries of this test.
+extern "C" [[gnu::visibility("default")]] uid_t geteuid() noexcept {
+    return pretendedUser ? *pretendedUser : static_cast<uid_t>(::syscall(SYS_geteuid));
+}
 
 TEST_F(OutputFileTest, OutputFile_finished_holdsWhatWasWritten) {
     OutputFile file(folder / "a.txt");
@@ -145,9 +165,41 @@ TEST_F(OutputFileTest, OutputFile_noClobber_refusesATargetThatAppearsMeanwhile) 
     OutputFile file(folder / "a", true);
     file.write("new");
     write("a", "other");
-    expectHas(sentenceOf(Fault::Output, [&] { file.finish(); }), "has appeared meanwhile");
+    EXPECT_EQ(sentenceOf(Fault::Output, [&] { file.finish(); }),
+              at("a") + ": has appeared meanwhile and is not replaced; the finished file is kept as " +
+                  at("a.new") + " — got File exists.");
     EXPECT_EQ(read(folder / "a"), "other");
-    EXPECT_EQ(filesInFolder(), 1);
+    EXPECT_EQ(read(folder / "a.new"), "new");
+    EXPECT_EQ(filesInFolder(), 2);
+}
+
+TEST_F(OutputFileTest, OutputFile_thatCannotTakeItsPlace_isKeptUnderAFreeName) {
+    write("a.new.txt", "kept before");
+    OutputFile file(folder / "a.txt");
+    file.write("new");
+    std::filesystem::create_directory(folder / "a.txt");
+    expectHas(sentenceOf(Fault::Output, [&] { file.finish(); }),
+              "a.txt: cannot be replaced; the finished file is kept as " + at("a.new2.txt") + " — got ");
+    EXPECT_EQ(read(folder / "a.new.txt"), "kept before");
+    EXPECT_EQ(read(folder / "a.new2.txt"), "new");
+    EXPECT_EQ(filesInFolder(), 3);
+    OutputFile again(folder / "a.new2.txt");
+    EXPECT_EQ(read(folder / "a.new2.txt"), "new");
+}
+
+TEST_F(OutputFileTest, OutputFile_ofAnotherInAStickyFolder_isRefusedBeforeTheWork) {
+    ::chmod(folder.c_str(), 01777);
+    write("a", "old");
+    pretendedUser = statusOf(folder / "a").st_uid + 1000;
+    const std::string said = sentenceOf(Fault::Output, [&] { OutputFile file(folder / "a"); });
+    const OutputFile fresh(folder / "b");
+    pretendedUser.reset();
+    EXPECT_EQ(said, at("a") + ": cannot be replaced, because only its owner may do that in the folder " +
+                        folder.string() +
+                        " — got Operation not permitted. Choose a place where you may write.");
+    EXPECT_EQ(filesInFolder(), 2);
+    ::chmod(folder.c_str(), 0755);
+    const OutputFile here(folder / "a");
 }
 
 TEST_F(OutputFileTest, OutputFile_replacedFile_keepsItsMode) {
@@ -157,6 +209,57 @@ TEST_F(OutputFileTest, OutputFile_replacedFile_keepsItsMode) {
     struct stat status {};
     ::stat((folder / "a").c_str(), &status);
     EXPECT_EQ(status.st_mode & 0777U, 0640U);
+}
+
+TEST_F(OutputFileTest, OutputFile_replacedFile_doesNotPassOnItsMarks) {
+    write("a", "old");
+    ASSERT_EQ(::chmod((folder / "a").c_str(), 06755), 0);
+    OutputFile file(folder / "a");
+    file.finish();
+    EXPECT_EQ(statusOf(folder / "a").st_mode & 07777U, 0755U);
+}
+
+// The superuser may give files to anybody, others to the groups that they belong to.
+TEST_F(OutputFileTest, OutputFile_replacedFile_keepsItsGroupAndOwnerWhereItMay) {
+    write("a", "old");
+    gid_t groups[64];
+    const int count = ::getgroups(64, groups);
+    const gid_t other = ::geteuid() == 0 ? 12345 : count > 0 ? groups[count - 1] : ::getegid();
+    const uid_t owner = ::geteuid() == 0 ? 54321 : ::geteuid();
+    ASSERT_EQ(::chown((folder / "a").c_str(), owner, other), 0);
+    ::chmod((folder / "a").c_str(), 0664);
+    OutputFile file(folder / "a");
+    file.finish();
+    EXPECT_EQ(statusOf(folder / "a").st_gid, other);
+    EXPECT_EQ(statusOf(folder / "a").st_uid, owner);
+    EXPECT_EQ(statusOf(folder / "a").st_mode & 07777U, 0664U);
+}
+
+TEST_F(OutputFileTest, OutputFile_linkToAFileThatDoesNotExistYet_isFollowed) {
+    std::filesystem::create_directory(folder / "real");
+    std::filesystem::create_symlink("real/new.exr", folder / "first");
+    std::filesystem::create_symlink(folder / "first", folder / "link.exr");
+    OutputFile file(folder / "link.exr");
+    file.write("new");
+    file.finish();
+    EXPECT_EQ(read(folder / "real" / "new.exr"), "new");
+    EXPECT_TRUE(std::filesystem::is_symlink(folder / "link.exr"));
+    EXPECT_TRUE(std::filesystem::is_symlink(folder / "first"));
+}
+
+TEST_F(OutputFileTest, OutputFile_linksInACircle_areRefusedBeforeTheWork) {
+    std::filesystem::create_symlink("two", folder / "one");
+    std::filesystem::create_symlink("one", folder / "two");
+    EXPECT_EQ(sentenceOf(Fault::Output, [&] { OutputFile file(folder / "one"); }),
+              at("one") + ": cannot be written, because its links lead in a circle.");
+    EXPECT_EQ(filesInFolder(), 2);
+}
+
+TEST_F(OutputFileTest, OutputFile_linkIntoAMissingFolder_isRefusedBeforeTheWork) {
+    std::filesystem::create_symlink("none/new.exr", folder / "link.exr");
+    EXPECT_EQ(sentenceOf(Fault::Output, [&] { OutputFile file(folder / "link.exr"); }),
+              at("link.exr") + ": cannot be written, because the folder " + at("none") +
+                  " does not exist. Create it first, or correct the path.");
 }
 
 TEST_F(OutputFileTest, OutputFile_symbolicLink_isFollowed) {

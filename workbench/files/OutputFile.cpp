@@ -120,13 +120,31 @@ void removeRemainders(const fs::path& target) {
     }
 }
 
+/// In a folder with the sticky bit, only the owner of a file or of the folder may replace the file.
+bool isKeptByItsFolder(const fs::path& folder, const fs::path& file) {
+    struct stat place {
+    }, old{};
+    if (::stat(folder.c_str(), &place) != 0 || ::stat(file.c_str(), &old) != 0) return false;
+    const uid_t user = ::geteuid();
+    return (place.st_mode & S_ISVTX) != 0 && user != 0 && user != old.st_uid && user != place.st_uid;
+}
+
 } // namespace
 
-OutputFile::OutputFile(const fs::path& target, bool noClobberAsked)
-    : name(target), noClobber(noClobberAsked) {
-    checkTarget();
+fs::path linkTarget(const fs::path& path) {
+    constexpr int MostLinks = 40; // as many as Linux follows
+    fs::path file = path;
     std::error_code problem;
-    if (fs::is_symlink(name, problem)) name = fs::weakly_canonical(name, problem);
+    for (int i = 0; fs::is_symlink(fs::symlink_status(file, problem)); ++i) {
+        if (i == MostLinks) fail(path, "cannot be written, because its links lead in a circle", 0);
+        file = file.parent_path() / fs::read_symlink(file, problem);
+    }
+    return file;
+}
+
+OutputFile::OutputFile(const fs::path& target, bool noClobberAsked)
+    : name(linkTarget(target)), noClobber(noClobberAsked) {
+    checkTarget(target);
     if (name.is_relative()) name = fs::current_path() / name; // a later change of folder must not matter
     createTemporary();
     buffer.reserve(BufferSize);
@@ -134,8 +152,8 @@ OutputFile::OutputFile(const fs::path& target, bool noClobberAsked)
 
 OutputFile::~OutputFile() { discard(); }
 
-void OutputFile::checkTarget() const {
-    const std::string who = name.string();
+void OutputFile::checkTarget(const fs::path& typed) const {
+    const std::string who = typed.string();
     if (name.filename().empty() || name.filename() == "." || name.filename() == "..")
         throw Failure(Fault::Output, {who, "cannot be written", "the name of a file", "a folder", "", {}});
     std::error_code problem;
@@ -164,7 +182,10 @@ void OutputFile::checkTarget() const {
                                       "",
                                       "Choose another name, or allow replacing",
                                       {}});
-    if (::access(name.c_str(), W_OK) != 0) fail(name, "cannot be written", errno);
+    if (::access(name.c_str(), W_OK) != 0) fail(typed, "cannot be written", errno);
+    if (isKeptByItsFolder(folder, name))
+        fail(typed, "cannot be replaced, because only its owner may do that in the folder " + folder.string(),
+             EPERM);
 }
 
 void OutputFile::refuseSecondWriter(const char* what) const {
@@ -186,12 +207,21 @@ void OutputFile::createTemporary() {
     if (descriptor < 0) fail(name, "cannot be written", errno);
     slot = enterTemporary(temporaryName);
     ::flock(descriptor, LOCK_EX | LOCK_NB); // for removeRemainders of others
-    struct stat old {};
-    if (::stat(name.c_str(), &old) == 0 && ::fchmod(descriptor, old.st_mode & 07777U) != 0) {
+    if (!takeRightsOfTarget()) {
         const int reason = errno;
         discard();
         fail(name, "cannot be given the mode of the file that it replaces", reason);
     }
+}
+
+bool OutputFile::takeRightsOfTarget() const {
+    struct stat old {};
+    if (::stat(name.c_str(), &old) != 0) return true;
+    constexpr auto Same = static_cast<uid_t>(-1);
+    mode_t mode = old.st_mode & 0777U;
+    if (::fchown(descriptor, Same, old.st_gid) != 0) mode = (mode & 0707U) | (mode & 0007U) << 3U;
+    if (::fchown(descriptor, old.st_uid, Same) != 0) errno = 0; // only the superuser gives files away
+    return ::fchmod(descriptor, mode) == 0;
 }
 
 void OutputFile::write(const void* data, std::size_t size) {
@@ -243,11 +273,11 @@ void OutputFile::finish() {
     try {
         flush();
         closeToDisk();
-        moveIntoPlace();
     } catch (...) {
         discard();
         throw;
     }
+    moveIntoPlace();
 }
 
 void OutputFile::closeToDisk() {
@@ -263,18 +293,40 @@ void OutputFile::moveIntoPlace() {
     const unsigned flags = noClobber ? RENAME_NOREPLACE : 0;
     int result = ::renameat2(AT_FDCWD, temporaryName.c_str(), AT_FDCWD, name.c_str(), flags);
     if (result != 0 && (errno == EINVAL || errno == ENOSYS)) { // not every file system knows the flag
-        checkTarget();
-        result = ::rename(temporaryName.c_str(), name.c_str());
+        if (noClobber && fs::exists(name))
+            errno = EEXIST;
+        else
+            result = ::rename(temporaryName.c_str(), name.c_str());
     }
-    if (result != 0)
-        fail(name, errno == EEXIST ? "has appeared meanwhile and is not replaced" : "cannot be replaced",
-             errno);
+    if (result != 0) {
+        const int reason = errno;
+        fail(name,
+             std::string(reason == EEXIST ? "has appeared meanwhile and is not replaced"
+                                          : "cannot be replaced") +
+                 "; the finished file is kept as " + keepBeside().string(),
+             reason);
+    }
     leaveTemporary(std::exchange(slot, -1));
     temporaryName.clear();
     const int folder = ::open(name.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (folder < 0) return; // the file itself is safe; only its entry may be younger than a power failure
     ::fsync(folder);
     ::close(folder);
+}
+
+/// Under a name that is free. Where it cannot have one, it cannot be removed either, and stays as it is called.
+fs::path OutputFile::keepBeside() {
+    constexpr int MostNames = 1000;
+    leaveTemporary(std::exchange(slot, -1));
+    const fs::path temporary = std::exchange(temporaryName, {});
+    for (int number = 1; number <= MostNames; ++number) {
+        const std::string mark = ".new" + (number > 1 ? std::to_string(number) : "");
+        const fs::path kept = name.parent_path() / (name.stem().string() + mark + name.extension().string());
+        if (::renameat2(AT_FDCWD, temporary.c_str(), AT_FDCWD, kept.c_str(), RENAME_NOREPLACE) == 0)
+            return kept;
+        if (errno != EEXIST) break;
+    }
+    return temporary;
 }
 
 void OutputFile::discard() noexcept {

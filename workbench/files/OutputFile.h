@@ -16,13 +16,16 @@ namespace workbench {
 /// target is always the old or the new file, complete. Every write, the flush to the disk and the close are
 /// checked; on a full disk the failure names the bytes that are needed as far as they are known. An object
 /// that is destroyed without `finish()` removes its temporary; that of a process that was killed is removed by
-/// the next one that writes the same target. Not for use by several threads at once. All errors are
+/// the next one that writes the same target. A complete file that cannot take the target's place is kept beside
+/// it, and the failure says under which name. Not for use by several threads at once. All errors are
 /// Failure(Output).
 class KROD_FILES_API OutputFile {
 public:
-    /// Creates the temporary. Refused: a missing folder, a target that is no regular file or is not writable,
-    /// and, with `noClobber`, a target that exists. A symbolic link is followed; the mode of an old target is
-    /// kept.
+    /// Creates the temporary. Refused: a missing folder, a target that is no regular file, is not writable or may
+    /// not be replaced in its folder, and, with `noClobber`, a target that exists. Symbolic links are followed, to
+    /// a file that does not exist yet, too. The new file has the rights of an old target, and its owner and group
+    /// where the system allows that; what only the old group was allowed, a new one is not. Marks that let a
+    /// program run as its owner are not taken over.
     explicit OutputFile(const std::filesystem::path& target, bool noClobber = false);
     ~OutputFile();
     OutputFile(const OutputFile&) = delete;
@@ -50,13 +53,15 @@ public:
     [[nodiscard]] const std::filesystem::path& temporary() const noexcept { return temporaryName; }
 
 private:
-    void checkTarget() const;
+    void checkTarget(const std::filesystem::path& typed) const;
     void createTemporary();
+    [[nodiscard]] bool takeRightsOfTarget() const;
     [[noreturn]] void refuseSecondWriter(const char* what) const;
     void flush();
     void discard() noexcept;
     void closeToDisk();
     void moveIntoPlace();
+    [[nodiscard]] std::filesystem::path keepBeside();
 
     std::filesystem::path name, temporaryName;
     std::vector<std::byte> buffer;
@@ -66,6 +71,10 @@ private:
     int error = 0;  ///< errno of the first failed write
     bool noClobber; ///< the target must not exist when the file is finished either
 };
+
+/// The file that symbolic links at the end of a path lead to, whether it exists or not. Throws Failure(Output) for
+/// links that lead in a circle.
+[[nodiscard]] KROD_FILES_API std::filesystem::path linkTarget(const std::filesystem::path& path);
 
 /// Unlinks the temporaries of all unfinished output files of this process. Async-signal-safe, for a signal
 /// handler that ends the process afterwards.
