@@ -59,9 +59,11 @@ TEST_F(TileJournals, journal_hasALinePerTile) {
 
 TEST_F(TileJournals, checksum_isFnv1a) {
     TileJournal journal(output, "", false);
-    EXPECT_EQ(read(parts / "journal"), "plime tiles 1 cbf29ce484222325\n");
+    journal.keep(0, {});
+    EXPECT_EQ(read(parts / "journal"), "plime tiles 1 cbf29ce484222325\n0 0 cbf29ce484222325\n");
     TileJournal other(folder / "b.exr", "foobar", false);
-    EXPECT_EQ(read(folder / "b.exr.parts" / "journal"), "plime tiles 1 85944171f73967e8\n");
+    other.keep(0, {});
+    expectHas(read(folder / "b.exr.parts" / "journal"), "plime tiles 1 85944171f73967e8\n");
 }
 
 TEST_F(TileJournals, withoutResume_everythingStartsAnew) {
@@ -70,7 +72,16 @@ TEST_F(TileJournals, withoutResume_everythingStartsAnew) {
     EXPECT_FALSE(journal.take(0, First.size()));
     EXPECT_FALSE(journal.foundAnotherJob());
     EXPECT_FALSE(journal.holdsTiles());
+    journal.keep(7, Second);
     EXPECT_FALSE(fs::exists(parts / "tile-0"));
+    EXPECT_TRUE(journal.take(7, Second.size()));
+}
+
+TEST_F(TileJournals, runThatKeepsNothing_deletesNothing) {
+    leaveTiles();
+    { const TileJournal refused(output, "job", false); }
+    { const TileJournal other(output, "another job", true); }
+    EXPECT_EQ(takenAgain(), "first second");
 }
 
 TEST_F(TileJournals, anotherJob_isSaid_andStartsAnew) {
@@ -129,8 +140,8 @@ TEST_F(TileJournals, journalCutInItsHead_isThatOfAnotherJob) {
     EXPECT_TRUE(TileJournal(output, "job", true).foundAnotherJob());
 }
 
-TEST_F(TileJournals, emptyJournal_isOfARunThatWasKilledAtItsBeginning_andNoOtherJobs) {
-    leaveTiles();
+TEST_F(TileJournals, emptyJournalAlone_isOfARunThatWasKilledAtItsBeginning) {
+    fs::create_directory(parts);
     write("a.exr.parts/journal", "");
     TileJournal journal(output, "job", true);
     EXPECT_FALSE(journal.foundAnotherJob());
@@ -181,6 +192,11 @@ TEST_F(TileJournals, foreignFolderOrFile_isLeftAlone) {
     const auto begin = [&] { return TileJournal(output, "job", false).holdsTiles(); };
     EXPECT_EQ(sentenceOf(Fault::Output, begin), sentence);
     EXPECT_EQ(read(parts / "precious"), "text");
+    for (const std::string diary : {"", "my diary\n", " plime tiles 1 0"}) {
+        write("a.exr.parts/journal", diary);
+        EXPECT_EQ(sentenceOf(Fault::Output, begin), sentence) << diary;
+        EXPECT_EQ(read(parts / "journal"), diary);
+    }
     fs::remove_all(parts);
     write("a.exr.parts", "text");
     EXPECT_EQ(sentenceOf(Fault::Output, begin), sentence);

@@ -120,14 +120,26 @@ void resume(const Folder& folder, const std::string& lines, const std::vector<st
     fuzz::require(taken && bytesOf(*taken) == bytesOf(kept), "what was kept is taken");
 }
 
+/// A folder that is not ours is left as it is.
+void refuse(const Folder& folder, const std::string& lines) {
+    try {
+        const TileJournal journal(folder.output(), Job, true);
+        fuzz::require(false, "a journal without our first line is refused");
+    } catch (const Failure& failure) {
+        fuzz::require(failure.fault() == Fault::Output, "a folder in the way is a fault of the output");
+    }
+    fuzz::require(contentsOf(folder.parts() / "journal") == lines, "what is refused is left alone");
+}
+
 void readJournal(std::string_view input) {
     std::vector<std::string> fields = fieldsOf(input, '\0');
     const Folder folder;
     std::string head;
     {
         TileJournal journal(folder.output(), Job, false);
-        head = contentsOf(folder.parts() / "journal");
         journal.keep(0, {});
+        head = contentsOf(folder.parts() / "journal");
+        head.erase(head.find('\n') + 1);
     }
     const bool withoutHead = fields[0].starts_with('h');
     const std::string lines = withoutHead ? fields[0].substr(1) : fields[0];
@@ -135,7 +147,10 @@ void readJournal(std::string_view input) {
     std::vector<std::string> tiles(fields.begin() + 1, fields.end());
     tiles.resize(std::min(tiles.size(), MostTiles));
     for (std::size_t i = 0; i < tiles.size(); ++i) write(folder.tile(i), tiles[i]);
-    resume(folder, lines, tiles);
+    if (withoutHead && !lines.starts_with("plime tiles 1 "))
+        refuse(folder, lines);
+    else
+        resume(folder, lines, tiles);
 }
 
 void readCommandLine(std::string_view input) {

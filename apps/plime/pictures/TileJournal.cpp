@@ -50,36 +50,57 @@ std::string digits(std::uint64_t checksum) {
     return std::string(ChecksumDigits - number.size(), '0') + number;
 }
 
+/// Of a regular file; nothing of any other, and none that links lead to.
 std::string contentsOf(const fs::path& path) {
+    std::error_code problem;
+    if (!fs::is_regular_file(fs::symlink_status(path, problem))) return {};
     std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
+/// "tile-" and a number.
+bool isTile(std::string_view name) {
+    if (!name.starts_with(TilePrefix) || name.size() == TilePrefix.size()) return false;
+    return name.find_first_not_of("0123456789", TilePrefix.size()) == std::string_view::npos;
+}
+
 } // namespace
 
-TileJournal::TileJournal(const fs::path& output) : place(fs::absolute(output)) { place += ".parts"; }
+fs::path TileJournal::folderOf(const fs::path& output) { return fs::absolute(output) += ".parts"; }
 
-TileJournal::TileJournal(const fs::path& output, std::string_view job, bool resume) : TileJournal(output) {
+TileJournal::TileJournal(const fs::path& output, std::string_view job, bool resume)
+    : place(folderOf(output)),
+      head(std::string(Version) + digits(checksumOf(job.data(), job.size())) + '\n') {
     claimFolder();
-    const std::string head = std::string(Version) + digits(checksumOf(job.data(), job.size())) + '\n';
     const std::string text = contentsOf(journalPath());
     anotherJob = resume && !text.empty() && !text.starts_with(head);
     if (resume && text.starts_with(head))
         goOn(text);
     else
-        begin(head);
+        holdsOthers = !text.empty();
 }
 
 TileJournal::~TileJournal() {
-    if (entries.empty()) remove();
+    if (entries.empty() && !holdsOthers) remove();
+}
+
+/// A run that was killed at its very beginning leaves a folder with nothing, or an empty journal.
+bool TileJournal::isOurs() const {
+    if (contentsOf(journalPath()).starts_with(Version)) return true;
+    std::error_code problem;
+    return std::ranges::all_of(fs::directory_iterator(place, problem),
+                               [&](const fs::directory_entry& entry) {
+                                   return entry.path() == journalPath() &&
+                                          entry.symlink_status(problem).type() == fs::file_type::regular &&
+                                          entry.file_size(problem) == 0;
+                               }) &&
+           !problem;
 }
 
 void TileJournal::claimFolder() {
     if (::mkdir(place.c_str(), 0777) != 0 && errno != EEXIST) fail(place, "cannot be created", errno);
     lock.number = ::open(place.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NOFOLLOW);
-    std::error_code problem;
-    const bool known = fs::is_empty(place, problem) || fs::exists(journalPath(), problem);
-    if (lock.number < 0 || problem || !known)
+    if (lock.number < 0 || !isOurs())
         throw Failure(Fault::Output, {place.string(),
                                       "is in the way: finished tiles are kept under this name",
                                       "a folder that plime has made, or nothing",
@@ -96,12 +117,16 @@ void TileJournal::claimFolder() {
     ours = true;
 }
 
-/// The journal goes before the tiles: what it does not name is not there.
-void TileJournal::begin(const std::string& head) {
-    journal.number = ::open(journalPath().c_str(), CreateFlags, 0666);
+/// The journal goes before the tiles: what it does not name is not there. It is ours by its first line at any moment.
+void TileJournal::begin() {
+    constexpr int Flags = O_WRONLY | O_CREAT | O_CLOEXEC | O_NOFOLLOW;
+    journal.number = ::open(journalPath().c_str(), Flags, 0666);
     if (journal.number < 0) fail(journalPath(), "cannot be created", errno);
     writeAll(journal, journalPath(), head.data(), head.size());
+    if (::ftruncate(journal.number, static_cast<off_t>(head.size())) != 0)
+        fail(journalPath(), "cannot be written", errno);
     removeTiles();
+    holdsOthers = false;
 }
 
 /// A last line that was cut is ended, so that the next one stands alone.
@@ -155,6 +180,7 @@ std::uint64_t TileJournal::missingBytes(std::uint64_t pixels) const noexcept {
 }
 
 void TileJournal::keep(std::size_t tile, std::span<const krod::RGBAHalf> pixels) {
+    if (journal.number < 0) begin();
     const fs::path path = pathOf(tile);
     const Entry entry{pixels.size_bytes(), checksumOf(pixels.data(), pixels.size_bytes())};
     Descriptor file;
@@ -190,7 +216,7 @@ void TileJournal::removeTiles() const noexcept {
     std::error_code problem;
     for (fs::directory_iterator entry(place, problem), end; !problem && entry != end;
          entry.increment(problem))
-        if (entry->path().filename().native().starts_with(TilePrefix)) paths.push_back(entry->path());
+        if (isTile(entry->path().filename().native())) paths.push_back(entry->path());
     for (const fs::path& path : paths) ::unlink(path.c_str());
 }
 

@@ -26,9 +26,12 @@ namespace workbench {
 class TileJournal {
 public:
     /// Begins beside the picture `output`. `job` is everything that decides the pixels. With `resume` the
-    /// tiles of an earlier run of the same job can be taken; all others are deleted. Refused: a folder of
-    /// that name that is none of ours, and one that another run works in.
+    /// tiles of an earlier run of the same job can be taken; all others are deleted when the first new one is
+    /// kept, so that work which is refused before loses nothing. Refused: a folder of that name that is not ours,
+    /// which the first line of its journal decides, and one that another run works in.
     TileJournal(const std::filesystem::path& output, std::string_view job, bool resume);
+    /// The folder beside a picture.
+    [[nodiscard]] static std::filesystem::path folderOf(const std::filesystem::path& output);
     /// Leaves the folder, unless it holds no tile.
     ~TileJournal();
     TileJournal(const TileJournal&) = delete;
@@ -41,7 +44,7 @@ public:
     /// Keeps a finished tile: it outlives this program from here on. Nothing is flushed to the disk, which would
     /// take longer than a small tile; what a loss of power takes is missed by its checksum.
     void keep(std::size_t tile, std::span<const krod::RGBAHalf> pixels);
-    /// Deletes the folder: the picture is complete.
+    /// Deletes the tiles, and the folder if nothing else is in it: the picture is complete.
     void remove() noexcept;
 
     /// What the tiles of a picture of so many pixels take beside those that are there already.
@@ -65,9 +68,9 @@ private:
         int close() { return number < 0 ? 0 : ::close(std::exchange(number, -1)); }
     };
 
-    explicit TileJournal(const std::filesystem::path& output);
+    [[nodiscard]] bool isOurs() const;
     void claimFolder();
-    void begin(const std::string& head);
+    void begin();
     void goOn(const std::string& text);
     void readLine(std::string_view line);
     void writeAll(const Descriptor& file, const std::filesystem::path& path, const void* data,
@@ -77,11 +80,13 @@ private:
     [[nodiscard]] std::filesystem::path pathOf(std::size_t tile) const;
 
     std::filesystem::path place;
+    std::string head; ///< the journal's first line
     Descriptor lock, journal;
     std::map<std::size_t, Entry> entries; ///< of tiles that are complete, as far as is known
     std::size_t taken = 0;
     bool ours = false; ///< the folder may be deleted
     bool anotherJob = false;
+    bool holdsOthers = false; ///< tiles that are not to be taken, but not yet deleted either
 };
 
 } // namespace workbench
