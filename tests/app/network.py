@@ -27,7 +27,7 @@ MISTAKES = [
     (["objects", 0, "name"], "a.b"),
     (["objects", 0, "name"], ""),
     (["objects", 0, "creator"], ""),
-    (["objects", 0, "parameters"], {"intensity": 2.0}),
+    (["objects", 0, "parameters"], {"intensity": [2.0]}),
     (["objects", 0, "inputs"], "soft"),
     (["objects", 1, "unset"], "samples"),
     (["shared", 0], ["soft.width"]),

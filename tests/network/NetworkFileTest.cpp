@@ -139,8 +139,16 @@ TEST(NetworkFile, numbers_areReadToTheirLastDigit) {
             << digits;
     }
     EXPECT_EQ(refusal(with("30.0", "1e999")), "net.json, line 41: holds a number that is out of range.");
-    EXPECT_EQ(refusal(with("\"9.0\"", "9.25")),
-              "net.json, line 18: soft.width is of the wrong kind — expected a text, got 9.25.");
+}
+
+TEST(NetworkFile, numbersAndTruthValuesOfParameters_areTakenAsTheyAreWritten) {
+    const auto width = [](const std::string& value) {
+        return networkFromText(with("\"9.0\"", value), "net.json").objects[1].parameters[0].text;
+    };
+    EXPECT_EQ(width("9"), "9");
+    EXPECT_EQ(width("9.250"), "9.250");
+    EXPECT_EQ(width("true"), "true");
+    EXPECT_EQ(width("false"), "false");
 }
 
 TEST(NetworkFile, aFileCutAnywhere_isRefusedWithALine) {
@@ -168,8 +176,8 @@ TEST(NetworkFile, mistakes_areSaidWithTheirLine) {
     EXPECT_EQ(refusal(with("\"name\": \"soft\",", "\"name\": \"soft\", \"colour\": 3,")),
               "net.json, line 13: \"colour\" is not known here — expected name, creator, source, input, "
               "parameters, unset.");
-    EXPECT_EQ(refusal(with("\"width\": \"9.0\"", "\"width\": 9.0")),
-              "net.json, line 18: soft.width is of the wrong kind — expected a text, got 9.0.");
+    EXPECT_EQ(refusal(with("\"width\": \"9.0\"", "\"width\": [9.0]")),
+              "net.json, line 18: soft.width is of the wrong kind — expected a text, got a list.");
     EXPECT_EQ(refusal(with("\"input\": \"galaxy\"", "\"input\": \"galxy\"")),
               "net.json, line 12: soft takes the object \"galxy\", which is not there.");
     EXPECT_EQ(refusal(with("\"name\": \"tone\"", "\"name\": \"soft\"")),

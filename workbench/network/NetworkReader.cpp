@@ -150,6 +150,13 @@ private:
         return name;
     }
 
+    /// A text, or what people write by hand instead: a number, whose digits count, or a truth value.
+    [[nodiscard]] std::string parameterText(const JsonTree& value, const std::string& who) const {
+        if (value.kind == Kind::Truth) return value.truth ? "true" : "false";
+        if (value.kind != Kind::Number) requireKind(value, Kind::Text, who);
+        return value.text;
+    }
+
     [[nodiscard]] NetworkObject object(const JsonTree& from) const {
         requireKind(from, Kind::Object, "an item of \"objects\"");
         allowMembers(from, {"name", "creator", "source", "input", "parameters", "unset"});
@@ -160,8 +167,7 @@ private:
         if (const JsonTree* parameters = from.member("parameters")) {
             requireKind(*parameters, Kind::Object, "\"parameters\" of " + made.name);
             for (const auto& [name, value] : parameters->members) {
-                requireKind(value, Kind::Text, made.name + '.' + name);
-                made.parameters.push_back({name, value.text, {value.line}});
+                made.parameters.push_back({name, parameterText(value, made.name + '.' + name), {value.line}});
             }
         }
         return made;
