@@ -203,14 +203,35 @@ private:
         return text;
     }
 
+    /// Checks that are skipped for one reason.
+    [[nodiscard]] std::string lineOf(const std::vector<Result>& skipped) const {
+        if (skipped.size() == 1) return lineOf(skipped.front());
+        return padded(kindText(Kind::Skip), KindColumns) + "  " +
+               padded(std::to_string(skipped.size()) + " checks", NameColumns) + "  " +
+               printable(skipped.front().outcome.sentence) + ".\n";
+    }
+
     int report(Session& session) const {
         const Plan what = plan(session);
         if (expect)
             static_cast<void>(readExpectation(*expect)); // its mistakes are told before anything is run
+        std::vector<Result> skipped;                     // one after the other, for one reason
+        const auto flush = [&] {
+            if (!skipped.empty()) session.streams().write(lineOf(skipped));
+            skipped.clear();
+        };
         const auto each = [&](const Result& result) {
-            if (!asJson) session.streams().write(lineOf(result));
+            if (asJson) return;
+            const bool isSkipped = result.outcome.kind == Kind::Skip;
+            if (!isSkipped || (!skipped.empty() && skipped[0].outcome.sentence != result.outcome.sentence))
+                flush();
+            if (isSkipped)
+                skipped.push_back(result);
+            else
+                session.streams().write(lineOf(result));
         };
         const std::vector<Result> results = validate::validate(what, each, interrupted);
+        flush();
         throwIfInterrupted();
         const auto count = [&](Kind kind) {
             return std::ranges::count(results, kind,
