@@ -30,6 +30,14 @@ TEST(Readable_text, reads_entities_and_leaves_what_is_none) {
     EXPECT_EQ(readableText("a & b &unknown; &#0; &"), "a & b &unknown; &#0; &");
 }
 
+TEST(Readable_text, knows_all_named_characters_of_html_4) {
+    EXPECT_EQ(readableText("[ x/(x+&beta;) ]^ &epsilon; in [0,&infin;] and [0,&infty;]"),
+              "[ x/(x+β) ]^ ε in [0,∞] and [0,∞]");
+    EXPECT_EQ(readableText("&Aring;&sect;&euro;&hearts;&apos;&thetasym;&frac12;&rarr;&zwj;"),
+              "Å§€♥'ϑ½→\u200d");
+    EXPECT_EQ(readableText("&Beta; &beta; &BETA;"), "Β β &BETA;") << "case counts";
+}
+
 TEST(Readable_text, drops_other_tags_and_keeps_what_is_no_tag) {
     EXPECT_EQ(readableText("<b>bold</b><!-- note --> x<sup>2</sup>"), "bold x^2");
     EXPECT_EQ(readableText("if a < b or a <= c"), "if a < b or a <= c");

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "apps/plime/terminal/Html.h"
 
+#include "apps/plime/terminal/HtmlEntities.h"
 #include "apps/plime/terminal/Text.h"
 
 #include <algorithm>
@@ -30,6 +31,8 @@ std::string_view addressOf(const Tag& tag) {
     return value.substr(0, value.find_first_of(" >"));
 }
 
+constexpr unsigned long NoBreakSpace = 0xA0; // terminals and wrapping take a plain one
+
 void appendUtf8(std::string& out, unsigned long code) {
     if (code == 0 || code > 0x10FFFF || (code >= 0xD800 && code < 0xE000)) return;
     const auto put = [&](unsigned long byte) { out += static_cast<char>(static_cast<unsigned char>(byte)); };
@@ -43,20 +46,12 @@ void appendUtf8(std::string& out, unsigned long code) {
 
 /// The characters of an entity, without '&' and ';'; empty for one that is not known.
 std::string entity(std::string_view name) {
-    constexpr std::array<std::pair<std::string_view, std::string_view>, 10> Known = {{{"lt", "<"},
-                                                                                      {"gt", ">"},
-                                                                                      {"amp", "&"},
-                                                                                      {"quot", "\""},
-                                                                                      {"apos", "'"},
-                                                                                      {"nbsp", " "},
-                                                                                      {"sup2", "²"},
-                                                                                      {"times", "×"},
-                                                                                      {"ge", "≥"},
-                                                                                      {"le", "≤"}}};
-    const auto known = std::ranges::find(Known, name, &std::pair<std::string_view, std::string_view>::first);
-    if (known != Known.end()) return std::string(known->second);
     std::string out;
-    if (!name.starts_with('#')) return out;
+    if (!name.starts_with('#')) {
+        const unsigned long code = namedCharacter(name);
+        appendUtf8(out, code == NoBreakSpace ? ' ' : code);
+        return out;
+    }
     name.remove_prefix(1);
     const int base = name.starts_with('x') || name.starts_with('X') ? 16 : 10;
     if (base == 16) name.remove_prefix(1);
