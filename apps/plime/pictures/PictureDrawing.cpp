@@ -22,7 +22,7 @@ DrawnTiles::DrawnTiles(const PictureDrawing& drawing)
 std::vector<krod::RGBAHalf> DrawnTiles::draw() {
     throwIfInterrupted();
     std::vector<krod::RGBAHalf> pixels = pixelsOf(done);
-    progress.show(++done);
+    progress.show(++done, drawing.journal ? drawing.journal->takenCount() : 0);
     return pixels;
 }
 
