@@ -13,7 +13,6 @@ using workbench::readPicture;
 using Json = nlohmann::json;
 
 const Words Separated = {"--display", "Display/CMYK"};
-const std::string Clamped = "plime: warning: 8 samples asked, the driver has 4 at most.\n";
 
 /// Draws on the software renderer, 96x64 pixels unless `more` says otherwise.
 Words drawing(const std::string& input, const std::string& path, const Words& more = {}) {
@@ -97,8 +96,8 @@ TEST_F(PlimeRender, intensitiesFarAboveOne_areKeptInExr) { EXPECT_GT(largest(dra
 
 TEST_F(PlimeRender, display_changesThePicture_andThreeInAChainDifferFromOne) {
     const Picture plain = drawn("demo:knot");
-    EXPECT_EQ(saidOf("demo:knot", "one.exr", Separated), Clamped);
-    EXPECT_EQ(saidOf("demo:knot", "three.exr", Separated + Separated + Separated), Clamped);
+    EXPECT_EQ(saidOf("demo:knot", "one.exr", Separated), "");
+    EXPECT_EQ(saidOf("demo:knot", "three.exr", Separated + Separated + Separated), "");
     const Picture one = readPicture(at("one.exr")), three = readPicture(at("three.exr"));
     EXPECT_LT(shareWithin(0, plain, one), 0.95);
     EXPECT_LT(shareWithin(0, one, three), 0.95);
@@ -122,12 +121,42 @@ TEST_F(PlimeRender, camera_up_andBackground_areObeyed) {
 TEST_F(PlimeRender, samples_withoutEffect_areSaidOncePerModule) {
     const std::string text = saidOf("demo:knot", "a.exr", Separated + Separated + Words{"--samples", "3"});
     EXPECT_EQ(text, "plime: warning: Display/CMYK: --samples has no effect on it, it always asks for 8 "
-                    "samples.\n" +
-                        Clamped);
+                    "samples.\n");
     EXPECT_EQ(saidOf("demo:knot", "b.exr", {"--samples", "3"}),
               "plime: warning: --samples: has no effect without a --display.\n");
-    EXPECT_EQ(saidOf("demo:knot", "c.exr", Separated + Words{"-p", "samples=2", "--samples", "3"}), Clamped);
+    EXPECT_EQ(saidOf("demo:knot", "c.exr", Separated + Words{"-p", "samples=2", "--samples", "3"}), "");
     EXPECT_EQ(networkOf(readPicture(at("c.exr")))["objects"][1]["parameters"], Json({{"samples", "2"}}));
+}
+
+TEST_F(PlimeRender, settingsOfAGeneratedScene_areObeyed_andKept) {
+    EXPECT_EQ(saidOf("demo:galaxy", "few.exr", {"--set", "count=50"}), "");
+    const Picture few = readPicture(at("few.exr"));
+    EXPECT_LT(shareWithin(0, few, drawn("demo:galaxy")), 0.99);
+    EXPECT_EQ(networkOf(few)["objects"][0]["parameters"], Json({{"count", "50"}}));
+    for (const std::string setting : {"count", "=5", "file=x.obj"})
+        expectFailure(2,
+                      "--set: is no setting of demo:galaxy — expected NAME=VALUE, got \"" + setting +
+                          "\". See \"plime describe Scene/Galaxy\".",
+                      drawing("demo:galaxy", at("no.exr")) + Words{"--set", setting});
+}
+
+TEST_F(PlimeRender, withoutNetwork_thePictureKeepsNone) {
+    EXPECT_EQ(saidOf("demo:knot", "bare.exr", {"--no-network"}), "");
+    EXPECT_EQ(readPicture(at("bare.exr")).description.find(workbench::NetworkName), nullptr);
+    EXPECT_EQ(saidOf("demo:knot", "kept.jpg", {}), "");
+    succeed(Words{"process", at("kept.jpg"), "-o", at("bare.jpg"), "--no-network", "--with",
+                  "Hollywood/GammaCorrection"});
+    EXPECT_EQ(readPicture(at("bare.jpg")).description.find(workbench::NetworkName), nullptr);
+}
+
+TEST_F(PlimeRender, samplesThatTheDriverHasNot_areToldToThoseWhoAskedForThem) {
+    const std::string said = "plime: warning: Display/Blurred: asks for 16 samples, but the driver has ";
+    const Words blurred = {"--display", "Display/Blurred"};
+    EXPECT_TRUE(saidOf("demo:knot", "a.exr", blurred + Words{"-p", "samples=16"}).starts_with(said));
+    EXPECT_TRUE(saidOf("demo:knot", "b.exr", blurred + blurred + Words{"--samples", "16"}).starts_with(said));
+    EXPECT_EQ(occurrences(saidOf("demo:knot", "b.exr", blurred + blurred + Words{"--samples", "16"}), "\n"),
+              1U);
+    EXPECT_EQ(saidOf("demo:knot", "c.exr", {"--display", "Display/HSVAdjust"}), "") << "its own 8";
 }
 
 TEST_F(PlimeRender, with_isTheSameAsProcessingThePictureAfterwards) {

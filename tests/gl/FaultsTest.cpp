@@ -37,17 +37,14 @@ protected:
     void expectGoodFrame() { expectFilled(renderPicture(session, *averageOf(fill), pool, frame(8, 8)), 64); }
 };
 
-TEST_F(Faults, Every_count_of_samples_gives_a_picture_and_what_was_clamped_is_told) {
-    const int most = onSoftpipe() ? 1 : 4;
+TEST_F(Faults, Every_count_of_samples_gives_a_picture) {
     for (const int asked : {0, -1, 1, 3, 8, 16, 1'000'000}) {
         SCOPED_TRACE(asked);
         warnings.heard.clear();
         const auto shown = display(average, asked);
         shown->setInput(object(fill));
         expectFilled(renderPicture(session, *shown, pool, frame(8, 8)), 64);
-        const bool granted = asked >= 1 && asked <= most;
-        EXPECT_EQ(warnings.heard.size(), granted ? 0U : 1U);
-        EXPECT_EQ(warnings.count(std::to_string(asked) + " samples asked, "), granted ? 0 : 1);
+        EXPECT_TRUE(warnings.heard.empty());
     }
 }
 

@@ -32,16 +32,8 @@ TEST_F(Samples, Absurd_counts_are_clamped) {
     EXPECT_GE(seenBy(-1), 1);
 }
 
-TEST_F(Samples, Clamping_is_told_once_for_each_request) {
-    for (int i = 0; i < 3; ++i) static_cast<void>(seenBy(8));
-    const std::string granted = "the driver has " + std::to_string(most) + " at most";
-    EXPECT_EQ(warnings.count("8 samples asked, " + granted), 1);
-    for (int i = 0; i < 3; ++i) static_cast<void>(seenBy(16));
-    EXPECT_EQ(warnings.count("16 samples asked, " + granted), 1);
-    EXPECT_EQ(warnings.heard.size(), 2U);
-}
-
-TEST_F(Samples, Granted_count_is_not_mentioned) {
+TEST_F(Samples, Clamping_is_no_warning_since_nobody_may_have_asked) {
+    static_cast<void>(seenBy(8));
     static_cast<void>(seenBy(most));
     EXPECT_TRUE(warnings.heard.empty());
 }

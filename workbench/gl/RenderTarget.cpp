@@ -3,7 +3,6 @@
 
 #include "workbench/gl/PendingErrors.h"
 
-#include "host/core/VActionNotifier.h"
 
 #include <epoxy/gl.h>
 
@@ -197,15 +196,7 @@ void TargetPool::dropIdle(std::size_t further) noexcept {
     }
 }
 
-int TargetPool::grantedSamples(int asked) {
-    const int granted = std::clamp(asked, 1, maxSamples);
-    if (granted != asked && toldSamples.insert(asked).second)
-        krod::VActionNotifier::Warning(std::to_string(asked) + " samples asked, " +
-                                       (granted < asked
-                                            ? "the driver has " + std::to_string(granted) + " at most"
-                                            : std::to_string(granted) + " used"));
-    return granted;
-}
+int TargetPool::grantedSamples(int asked) const { return std::clamp(asked, 1, maxSamples); }
 
 void TargetPool::giveBack(std::unique_ptr<RenderTarget> target) {
     used -= target->bytes();

@@ -10,7 +10,6 @@
 #include <cstddef>
 #include <memory>
 #include <optional>
-#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -93,15 +92,15 @@ public:
 
     /// An ordinary target. Throws as RenderTarget does, and Failure(OpenGL) beyond the driver's size.
     [[nodiscard]] Lease lease(int width, int height, bool depth);
-    /// A multisample target of that many samples, or of the next count that the driver grants; a difference
-    /// that costs samples is told once.
+    /// A multisample target of that many samples, or of the next count that the driver grants; the target says
+    /// how many it holds.
     [[nodiscard]] Lease leaseMultisample(int width, int height, int askedSamples);
 
     [[nodiscard]] std::size_t idleCount() const noexcept { return idle.size(); }
 
 private:
     [[nodiscard]] Lease lease(const TargetShape& shape);
-    [[nodiscard]] int grantedSamples(int asked);
+    [[nodiscard]] int grantedSamples(int asked) const;
     void giveBack(std::unique_ptr<RenderTarget> target);
 
     [[nodiscard]] Lease made(const TargetShape& shape);
@@ -111,7 +110,6 @@ private:
     std::size_t used = 0;                            // bytes
     std::optional<std::size_t> allowed;              // bytes, in use and idle
     std::vector<std::unique_ptr<RenderTarget>> idle; // the oldest first
-    std::set<int> toldSamples;
 };
 
 } // namespace workbench

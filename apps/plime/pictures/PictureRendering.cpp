@@ -20,6 +20,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <optional>
+#include <set>
 
 namespace workbench {
 namespace {
@@ -37,17 +38,46 @@ std::uint64_t pixelCount(const FrameSetup& setup) {
     return static_cast<std::uint64_t>(setup.width) * static_cast<std::uint64_t>(setup.height);
 }
 
-/// The samples of all displays, as the driver grants them: their drawing areas are in use at once.
-int grantedSamples(RenderSession& rendering, const RenderTask& task) {
+/// What a display asks for, whoever decides that.
+int askedSamples(const ModuleInstance& module, const krod::VValuePool& pool) {
+    auto& display = dynamic_cast<krod::MSDeferredObjectDisplay&>(module.object());
+    requireShortArrays(display, pool);
+    krod::VGLRenderContext context(pool, 1, 1);
+    return display.createRenderer(context)->requestedSamples();
+}
+
+/// As the driver has them.
+int grantedSamples(RenderSession& rendering, int asked) {
+    return rendering.targets().leaseMultisample(1, 1, asked)->samples();
+}
+
+/// The samples of all displays: their drawing areas are in use at once.
+int allSamples(RenderSession& rendering, const RenderTask& task) {
     int samples = 0;
-    for (const ModuleInstance* module : task.displays) {
-        auto& display = dynamic_cast<krod::MSDeferredObjectDisplay&>(module->object());
-        requireShortArrays(display, task.pool);
-        krod::VGLRenderContext context(task.pool, 1, 1);
-        const int asked = display.createRenderer(context)->requestedSamples();
-        samples += rendering.targets().leaseMultisample(1, 1, asked)->samples();
-    }
+    for (const ModuleInstance* module : task.displays)
+        samples += grantedSamples(rendering, askedSamples(*module, task.pool));
     return samples;
+}
+
+/// Tells who has set a count of samples where the driver has fewer, once per module.
+void warnOfFewerSamples(Report& report, RenderSession& rendering, const RenderTask& task) {
+    std::set<std::string> told;
+    for (const ModuleInstance* module : task.displays) {
+        const auto parameter = module->object().slots().input("samples");
+        const int asked = askedSamples(*module, task.pool);
+        const bool isSet = parameter && (parameter->state() & krod::VParameter::ValueSet) != 0 &&
+                           parameter->value().text() == std::to_string(asked);
+        const int granted = grantedSamples(rendering, asked);
+        const std::string& key = module->entry().key;
+        if (!isSet || granted >= asked || !told.insert(key).second) continue;
+        report.warning({key,
+                        "asks for " + std::to_string(asked) + " samples, but the driver has " +
+                            std::to_string(granted) + " at most",
+                        "",
+                        "",
+                        "",
+                        {}});
+    }
 }
 
 /// The file that is drawn, or "".
@@ -78,7 +108,7 @@ void requireMemoryForInput(const Session& session, const RenderTask& task) {
 DrawingPlan drawingOf(const Session& session, RenderSession& rendering, const RenderTask& task,
                       const FrameSetup& setup) {
     const std::string path = task.wish.requirePath();
-    return planDrawing({path, setup.width, setup.height, setup.tiles, grantedSamples(rendering, task),
+    return planDrawing({path, setup.width, setup.height, setup.tiles, allSamples(rendering, task),
                         outputFormat(path).name == "EXR", !task.chain.empty(),
                         bytesBesidePixels(true, path, setup.width) + bytesOfInput(fileOf(task)),
                         session.options().memory});
@@ -89,6 +119,7 @@ TilingTask cuttingOf(const Session& session, RenderSession& rendering, const Ren
                      const FrameSetup& setup, const DrawingPlan& drawing) {
     TilingTask cutting{task.wish.requirePath(),  setup.width,  setup.height, 0,
                        session.options().memory, std::nullopt, true,         drawing.bytes};
+    cutting.dependsOnPlace = task.chain.dependentOnTile() != nullptr;
     if (task.chain.drawsWithOpenGL()) cutting.shaderSide = rendering.properties().maxTextureSize;
     return cutting;
 }
@@ -179,6 +210,7 @@ void drawToFile(Session& session, OpenGLOnDemand& openGL, const RenderTask& task
     const DrawingPlan planned = drawingOf(session, rendering, task, setup);
     setup.tiles = planned.tiles;
     const auto tiles = planTiles(setup.width, setup.height, setup.tiles);
+    if (!attempt.side) warnOfFewerSamples(session.report(), rendering, task);
     session.report().detail("Drawing on " + rendering.driver() + ".");
     if (tiles.size() > 1) session.report().detail("Drawing in " + std::to_string(tiles.size()) + " tiles.");
     if (task.chain.drawsWithOpenGL()) task.chain.compile();
