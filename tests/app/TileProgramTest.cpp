@@ -39,21 +39,61 @@ TEST_P(PlimeTileProgram, programWithoutAnOutput_isWarnedOf) {
     const std::string warning = "Hollywood/TileProgram, parameter \"code\": its program never writes "
                                 "gl_FragColor, so its pixels have no certain values.";
     EXPECT_EQ(run(call("void main() {}")).error, "plime: warning: " + warning + '\n');
-    for (const std::string code : {"void main() { gl_FragColor = vec4(0.25); }",
-                                   "void main() { gl_FragData[0] = vec4(0.25); }",
-                                   "#version 130\nout vec4 mine; void main() { mine = vec4(0.25); }"})
+    for (const std::string code :
+         {"void main() { gl_FragColor = vec4(0.25); }", "void main() { gl_FragData[0] = vec4(0.25); }",
+          "#version 130\nout vec4 mine; void main() { mine = vec4(0.25); }"})
         EXPECT_EQ(run(call(code)).error, "") << code;
+}
+
+TEST_P(PlimeTileProgram, programThatTakesWhatNobodyGives_isWarnedOf) {
+    const std::string warning =
+        "plime: warning: Hollywood/TileProgram, parameter \"code\": nobody gives a value to ";
+    EXPECT_EQ(run(call("uniform float gain; uniform sampler2D frame, lut; varying vec2 uv;\n"
+                       "void main() { gl_FragColor = gain * texture2D(lut, uv); }"))
+                  .error,
+              warning + "the uniform gain, the uniform lut, the input uv; see \"plime help shaders\".\n");
+    EXPECT_EQ(run(call("#version 130\nuniform float gain = 0.5; out vec4 c; void main() { c = vec4(gain); }"))
+                  .error,
+              "");
+}
+
+TEST_P(PlimeTileProgram, nameOfAFileWithoutAt_isNoticed) {
+    const std::string file = write("my.frag", "void main() { gl_FragColor = vec4(0.25); }").string();
+    expectFailure(2,
+                  "Hollywood/TileProgram: parameter \"code\" is the name of a file, whose text is not read "
+                  "without \"@\" — expected the text, or @FILE, got \"" +
+                      file + "\". Did you mean code=@" + file + "?",
+                  call(file));
+}
+
+TEST_P(PlimeTileProgram, byteOrderMark_isNoPartOfTheProgram) {
+    const auto file = write("my.frag", "\xef\xbb\xbfvoid main() { gl_FragColor = vec4(0.25); }");
+    const Result result = run(call('@' + file.string()));
+    EXPECT_EQ(result.code, 0) << result.error;
+}
+
+TEST_P(PlimeTileProgram, manyMistakes_areCutShort) {
+    std::string program = "void main() {\n";
+    for (int i = 0; i < 60; ++i)
+        program += "gl_FragColor = mix(vec4(1), missing" + std::to_string(i) + ");\n";
+    const Result result = run(call(program + "}\n"));
+    EXPECT_EQ(result.code, 6);
+    EXPECT_EQ(occurrences(result.error, "\n"), 22U) << result.error;
+    expectHas(result.error, "\n  … and ");
+    EXPECT_TRUE(result.error.ends_with(" further lines\n")) << result.error;
 }
 
 TEST_P(PlimeTileProgram, discardedPixels_areEmpty_andHoldNothingOfEarlierWork) {
     Call twice = call("void main() { gl_FragColor = vec4(0.5); }");
     twice.arguments =
-        twice.arguments + Words{"--with", "Hollywood/TileProgram", "-p",
-                                "code=void main() { if (gl_FragCoord.x < 4.0) discard; gl_FragColor = vec4(0.25); }"};
+        twice.arguments +
+        Words{"--with", "Hollywood/TileProgram", "-p",
+              "code=void main() { if (gl_FragCoord.x < 4.0) discard; gl_FragColor = vec4(0.25); }"};
     const Result result = run(twice);
     EXPECT_EQ(result.code, 0) << result.error;
     const workbench::Picture made = workbench::readPicture(at("out.exr"));
-    for (int x = 0; x < 8; ++x) EXPECT_EQ(float(made.pixels[static_cast<std::size_t>(x)].g), x < 4 ? 0 : 0.25F);
+    for (int x = 0; x < 8; ++x)
+        EXPECT_EQ(float(made.pixels[static_cast<std::size_t>(x)].g), x < 4 ? 0 : 0.25F);
 }
 
 TEST_P(PlimeTileProgram, mistakeInTheFirstLine_isShownWithItsNeighbours) {

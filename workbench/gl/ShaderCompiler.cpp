@@ -15,8 +15,8 @@
 namespace workbench {
 namespace {
 
-/// More lines than this help nobody.
-constexpr std::size_t MostDetails = 200;
+/// More lines than this help nobody; of one error, drivers list every function of the name.
+constexpr std::size_t MostDetails = 20, MostLinesOfOne = 5;
 
 /// A text that has a user's file in it is numbered in that file's lines from there on.
 std::vector<TextRegion> regionsOf(const std::string& text) {
@@ -65,6 +65,22 @@ std::string placeText(const LogEntry& entry) {
     return place + ": ";
 }
 
+std::vector<std::string> detailsOf(const std::vector<LogEntry>& entries, const LineTable& lines) {
+    std::vector<std::string> details;
+    std::size_t leftOut = 0;
+    for (const LogEntry& entry : entries) {
+        std::size_t taken = 0;
+        for (std::string& line : renderLogEntry(entry, lines)) {
+            if (taken++ < MostLinesOfOne && details.size() < MostDetails)
+                details.push_back(std::move(line));
+            else
+                ++leftOut;
+        }
+    }
+    if (leftOut > 0) details.push_back("… and " + std::to_string(leftOut) + " further lines");
+    return details;
+}
+
 /// The sentence speaks of the first error; warnings in front of it stay in the details.
 Failure refusal(const std::string& label, const std::string& what, const std::string& log,
                 const LineTable& lines) {
@@ -78,9 +94,7 @@ Failure refusal(const std::string& label, const std::string& what, const std::st
         first == entries.end() ? "no reason from the driver" : placeText(*first) + first->message;
     if (entries.size() == 1 && first->line == 0 && first->further.empty()) // the sentence says it all
         return Failure(Fault::Shader, std::move(diagnostic));
-    for (const LogEntry& entry : entries)
-        for (std::string& line : renderLogEntry(entry, lines))
-            if (diagnostic.details.size() < MostDetails) diagnostic.details.push_back(std::move(line));
+    diagnostic.details = detailsOf(entries, lines);
     return Failure(Fault::Shader, std::move(diagnostic));
 }
 

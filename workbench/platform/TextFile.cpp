@@ -35,7 +35,7 @@ std::string readTextFile(const std::string& path) {
         const ssize_t count = ::read(file.get(), buffer.data(), buffer.size());
         if (count < 0 && errno == EINTR) continue;
         if (count < 0) fail(path, std::generic_category().message(errno));
-        if (count == 0) return text;
+        if (count == 0) return text.starts_with(ByteOrderMark) ? text.substr(ByteOrderMark.size()) : text;
         text.append(buffer.data(), static_cast<std::size_t>(count));
         if (text.size() > LargestFile) fail(path, "a larger one");
     }

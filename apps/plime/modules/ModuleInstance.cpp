@@ -7,6 +7,7 @@
 #include "workbench/platform/TextFile.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <new>
 #include <utility>
 
@@ -24,6 +25,8 @@ using krod::VValueBase;
     throw Failure(Fault::Usage,
                   {who, std::move(what), std::move(expected), std::move(got), std::move(advice), {}});
 }
+
+constexpr const char* SceneFile = "file"; // the parameter of scenes that names one
 
 constexpr std::size_t LongestQuote = 60; // columns; a value may be a whole file
 
@@ -95,8 +98,18 @@ void ModuleInstance::set(const std::string& name, const std::string& text, Limit
     if (isFile && text.size() == 1)
         refuse(who(), "parameter \"" + name + "\" is to be read from a file without a name", "@FILE",
                quoted(text), "");
+    if (isText && !isFile) requireNoFileName(name, text);
     setText(name, isFile ? readTextFile(text.substr(1)) : text, limits);
     if (isFile) files.emplace(name, text.substr(1));
+}
+
+/// A program is never the name of a file; a scene's "file" is.
+void ModuleInstance::requireNoFileName(const std::string& name, const std::string& text) const {
+    std::error_code problem;
+    const bool isName = text.find_first_of("\n;{}") == std::string::npos;
+    if (name == SceneFile || !isName || !std::filesystem::is_regular_file(text, problem)) return;
+    refuse(who(), "parameter \"" + name + "\" is the name of a file, whose text is not read without \"@\"",
+           "the text, or @FILE", quoted(text), "Did you mean " + name + "=@" + text + "?");
 }
 
 void ModuleInstance::setText(const std::string& name, const std::string& text, Limits limits) {
@@ -120,6 +133,18 @@ std::string ModuleInstance::originOf(const std::string& text) const {
         return "parameter \"" + input.name + '"' + (file == files.end() ? "" : " from " + file->second);
     }
     return {};
+}
+
+std::vector<std::string> ModuleInstance::inputFiles() const {
+    std::vector<std::string> paths;
+    for (const auto& [parameter, file] : files) paths.push_back(file);
+    paths.push_back(sceneFile());
+    return paths;
+}
+
+std::string ModuleInstance::sceneFile() const {
+    const auto file = std::as_const(*module).slots().input(SceneFile);
+    return file ? file->value().text() : "";
 }
 
 void ModuleInstance::unset(const std::string& name) {

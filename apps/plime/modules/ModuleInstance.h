@@ -28,7 +28,7 @@ public:
     ModuleInstance(CatalogueEntry entry, const ModuleRequest& request, Limits limits);
 
     /// Sets a parameter. A text parameter's value "@FILE" is read from that file; Failure(Input) when it
-    /// cannot. A value outside "min" and "max" is refused, unless limits are unchecked or it is the initial
+    /// cannot. The name of a file without "@" is refused where a program is meant. A value outside "min" and "max" is refused, unless limits are unchecked or it is the initial
     /// value; nothing is ever clamped. A flag list replaces the whole list and may hold only flags of the
     /// initial one. After a failure the parameter has its old value.
     void set(const std::string& parameter, const std::string& text, Limits limits);
@@ -46,12 +46,19 @@ public:
     /// Empty when none does.
     [[nodiscard]] std::string originOf(const std::string& text) const;
 
+    /// The files that its values come from: those of "@FILE", and its parameter "file".
+    [[nodiscard]] std::vector<std::string> inputFiles() const;
+
+    /// The file that a scene shows, its parameter "file"; empty for other modules.
+    [[nodiscard]] std::string sceneFile() const;
+
     [[nodiscard]] const CatalogueEntry& entry() const noexcept { return row; }
     [[nodiscard]] krod::VObject& object() const noexcept { return *module; }
     /// Another reference to the object.
     [[nodiscard]] const krod::StrongPtr<krod::VObject>& reference() const noexcept { return module; }
 
 private:
+    void requireNoFileName(const std::string& name, const std::string& text) const;
     void requireKnownFlags(const krod::VParameter& parameter, const std::string& text) const;
     void requireWithinLimits(const krod::VParameter& parameter, const krod::VValueBase& value) const;
     [[nodiscard]] std::string who() const { return row.key; }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "apps/plime/modules/TileChain.h"
 
+#include "apps/plime/modules/ShaderFacts.h"
 #include "workbench/core/InputCreatorRegistry.h"
 #include "workbench/gl/DrawingWatch.h"
 
@@ -8,8 +9,6 @@
 #include "host/gl/GLImageTileProcessor.h"
 
 #include <algorithm>
-#include <regex>
-#include <string_view>
 
 namespace workbench {
 namespace {
@@ -46,21 +45,6 @@ const krod::GLImageTileProcessor* shaderOf(const Processor& processor) {
 bool isOffered(const krod::VCreatorBase* creator) {
     const auto offered = InputCreatorRegistry::find(typeid(Processor));
     return std::ranges::any_of(offered, [&](const auto* input) { return &input->creator() == creator; });
-}
-
-/// Whether a program asks where it is in the tile for anything but its own pixel.
-bool asksForPlace(std::string text) {
-    std::erase_if(text, [](char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; });
-    constexpr std::string_view OwnPixel = "texture2D(frame,gl_TexCoord[0].xy)";
-    for (std::size_t at = text.find(OwnPixel); at != std::string::npos; at = text.find(OwnPixel, at))
-        text.erase(at, OwnPixel.size());
-    return text.find("gl_TexCoord") != std::string::npos || text.find("gl_FragCoord") != std::string::npos;
-}
-
-/// Whether a program can give a pixel a colour at all: it names one of OpenGL's outputs, or declares its own.
-bool namesAnOutput(const std::string& text) {
-    static const std::regex output("\\bgl_FragColor\\b|\\bgl_FragData\\b|\\bout\\s");
-    return std::regex_search(text, output);
 }
 
 } // namespace
@@ -121,12 +105,19 @@ void TileChain::prepare() {
 }
 
 /// Once for each program that draws: such a program compiles, and the picture is what the driver's registers hold.
-void TileChain::warnOfNoOutput(std::size_t index) const {
+void TileChain::warnOfProgram(std::size_t index) const {
     const auto* const shader = shaderOf(processors[index]);
-    if (shader && warned.insert(index).second && !namesAnOutput(shader->shaderCode()))
+    if (!shader || !warned.insert(index).second) return;
+    const std::string text = shader->shaderCode();
+    if (!namesAnOutput(text))
         krod::VActionNotifier::Warning(authorOf(index) +
                                        ": its program never writes gl_FragColor, so its pixels have no "
                                        "certain values");
+    std::string unfed;
+    for (const std::string& name : unfedNames(text)) unfed += (unfed.empty() ? "" : ", ") + name;
+    if (!unfed.empty())
+        krod::VActionNotifier::Warning(authorOf(index) + ": nobody gives a value to " + unfed +
+                                       "; see \"plime help shaders\"");
 }
 
 bool TileChain::drawsWithOpenGL() const { return std::ranges::any_of(processors, shaderOf); }
@@ -156,7 +147,7 @@ void TileChain::process(std::size_t index, krod::ImageTile& tile) const {
     const DrawingWatch watch(pixels, author);
     try {
         inTheNameOf(module, [&] { processors[index]->process(krod::VRenderContext(pool), tile); });
-        warnOfNoOutput(index);
+        warnOfProgram(index);
     } catch (const Failure& failure) {
         if (failure.fault() != Fault::Shader || author == module.entry().key) throw;
         Diagnostic message = failure.diagnostic();

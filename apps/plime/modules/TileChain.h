@@ -58,13 +58,14 @@ public:
     /// process().
     void compile() const;
     /// Runs every processor over the tile, each as inTheNameOf its module. A shader that does not compile is
-    /// named by the parameter and the file that it comes from; one that writes no colour is warned of, once.
+    /// named by the parameter and the file that it comes from; one that writes no colour, or takes what nobody gives
+    /// it, is warned of, once.
     void process(krod::ImageTile& tile) const;
 
 private:
     void process(std::size_t index, krod::ImageTile& tile) const;
     [[nodiscard]] std::string authorOf(std::size_t index) const;
-    void warnOfNoOutput(std::size_t index) const;
+    void warnOfProgram(std::size_t index) const;
 
     Modules modules;
     std::vector<krod::StrongPtr<krod::ImageTileProcessor>> processors;
