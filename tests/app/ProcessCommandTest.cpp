@@ -270,14 +270,6 @@ TEST_F(PlimeProcess, linesOfModules_areOnStandardErrorWithVerboseAlone) {
     EXPECT_EQ(occurrences(messagesOf(Words{"process", path, "-o", at("a.exr"), "-v"} + Gamma), line), 1U);
 }
 
-TEST_F(PlimeProcess, inputAsOutput_isReplacedWhenComplete) {
-    const Picture input = ramp(33, 700);
-    const std::string path = picture("in.exr", input);
-    succeed(Words{"process", path, "-o", path} + Gamma);
-    expectSameBits(readPicture(path).pixels, powered(input.pixels));
-    EXPECT_EQ(filesInFolder(), 1);
-}
-
 TEST_F(PlimeProcess, interrupted_leavesNothing) {
     workbench::PictureDescription description;
     description.width = 512;

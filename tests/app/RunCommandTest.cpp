@@ -146,12 +146,29 @@ TEST_F(PlimeRun, severalViews_areSeveralPictures) {
                   Words{"run", at("many.json"), "-o", at("{viw}.exr")});
 }
 
-TEST_F(PlimeRun, pictureInsteadOfANetwork_isToldAsOne) {
-    const std::string path = picture("in.exr", slope(20, 10));
-    expectFailure(3,
-                  path + ": is a picture, no network. Take the network that it keeps with: plime info " +
-                      path + " --network.",
-                  Words{"run", path});
+TEST_F(PlimeRun, pictureThatKeepsItsNetwork_isMadeAgain) {
+    in(Words{"render", "demo:galaxy", "-o", "first.exr"} + Chain);
+    in({"run", "first.exr", "-o", "second.exr"});
+    EXPECT_EQ(read(at("second.exr")), read(at("first.exr")));
+    in(Words{"render", "demo:galaxy", "-o", "bare.exr", "--no-network"} + Chain);
+    const std::string path = at("bare.exr");
+    expectFailure(
+        3, path + ": is a picture that keeps no network — expected a network, or a picture made by plime.",
+        Words{"run", path});
+}
+
+TEST_F(PlimeRun, savedLook_isTakenToAnotherPicture) {
+    static_cast<void>(picture("a.exr", slope(20, 10)));
+    static_cast<void>(picture("b.exr", slope(300, 70)));
+    const Words look = {"--with", "Hollywood/ColorGammaCorrection", "-p", "red=-0.5"};
+    in(Words{"process", "a.exr", "-o", "a_tm.exr", "--save-network", "look.json"} + look);
+    in({"run", "look.json", "-o", "b_tm.exr", "--set", "main.picture=b.exr"});
+    in(Words{"process", "b.exr", "-o", "direct.exr"} + look);
+    EXPECT_EQ(read(at("b_tm.exr")), read(at("direct.exr")));
+    expectFailure(2,
+                  at("b.exr") + ": is read by this command and would be replaced — got -o " + at("b.exr") +
+                      ". Choose another folder or name, like -o out/{view}.exr.",
+                  Words{"run", at("look.json"), "-o", at("b.exr"), "--set", "main.picture=" + at("b.exr")});
 }
 
 TEST_F(PlimeRun, setting_changesThePicture_andIsKept) {

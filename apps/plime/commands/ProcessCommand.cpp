@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // plime process: tile processors over a picture.
 #include "apps/plime/commands/Commands.h"
+#include "apps/plime/pictures/OutputCheck.h"
 #include "apps/plime/pictures/PictureProcessing.h"
 #include "apps/plime/terminal/Interruption.h"
 
@@ -13,7 +14,8 @@ constexpr std::string_view Help = R"(Usage: plime process IN… -o OUT --with KE
 
 Runs tile processors over pictures, in the order of their --with. Values stay as
 they are stored: nothing is clipped between modules, alpha is never multiplied.
-Reads and writes EXR, PNG, TIFF, JPEG and HDR; the name of OUT says which.
+Reads and writes EXR, PNG, TIFF, JPEG and HDR; the name of OUT says which. OUT is
+never a file that the command reads.
 
   --with KEY        a tile processor; "plime list" shows them under Hollywood
   -p NAME=VALUE     sets a parameter of the --with before it; code=@FILE reads
@@ -29,25 +31,28 @@ Reads and writes EXR, PNG, TIFF, JPEG and HDR; the name of OUT says which.
   --srgb            encodes the colours for viewing
   --no-network      does not keep in the picture how it is made
   --tile N          lets shader processors take a picture of up to N pixels a
-                    side as one tile, 64 at least; 4096 unless asked
-                    otherwise
+                    side as one tile, 64 at least; 4096 unless asked otherwise,
+                    and as many as driver and memory allow where a shader works
+                    with the place in the tile
   --overlap N       what a tile sees of its neighbours, in pixels; 64 unless
                     asked otherwise, less with small tiles
   --resume          takes the tiles that an interrupted run of this command has
                     left in OUT.parts; without it all are made anew
   --save-network FILE   writes how the picture is made, for "plime run"; with
                     one IN only
+  --no-network      does not keep that in OUT, where photo programs may show it
+                    as the caption
 
 Modules that work without a shader take pictures of any size, strip by strip.
 For shaders, a picture larger than one tile is cut into equal tiles of at most
-2048 pixels a side. A shader that works with the place in the tile does something
-else then, and a warning says so. Hollywood/PixelBlur measures in shares of a
+2048 pixels a side. A shader that works with the place in the tile does
+something else then, and a warning says so. Hollywood/PixelBlur measures in shares of a
 tile; its sharpness s needs an overlap of 0.01/s of the tile, with less the
 borders of tiles can be seen.
 
 With several pictures, OUT must lead each to a file of its own. One that fails
-does not stop the others: its error is told at once, how many failed at the end,
-and the exit code is 1. A shader that does not compile stops all at once.
+does not stop the others: its error is told at once, which ones failed again at
+the end, and the exit code is 1. A shader that does not compile stops all at once.
 
 Examples:
   plime process sky.exr -o darker.exr --with Hollywood/GammaCorrection
@@ -121,13 +126,15 @@ public:
         if (jobs.size() > 1) requireFolders(jobs);
         TileChain chain(session.catalogue(), modules.tiles,
                         modules.unchecked ? Limits::Unchecked : Limits::Checked);
+        requireSafe(session, jobs, chain, pattern);
         chain.prepare();
         Provenance provenance;
         for (const auto& module : chain.instances()) provenance.addProcessor(*module);
         OpenGLOnDemand openGL(session.options());
         NetworkOutput networks = networksOf(session, jobs);
+        if (wish.noNetwork) networks.keepOutOfPictures();
         PictureProcessing processing(session, openGL, chain, wish, tiling, provenance, networks, resume);
-        if (network || (inputs.size() == 1 && !pattern.hasPlaceholder())) {
+        if (jobs.size() == 1) {
             networks.save(processing.process(jobs.front()));
         } else {
             processAll(session, processing, jobs, !pattern.hasExtension());
@@ -138,7 +145,22 @@ public:
 private:
     [[nodiscard]] NetworkOutput networksOf(Session& session, const std::vector<PictureJob>& jobs) const {
         if (!network) return {session.report(), jobs.size()};
-        return {session.report(), network, jobs.front().output, session.options().noClobber};
+        return {session.report(), network, session.options().noClobber};
+    }
+
+    void requireSafe(Session& session, const std::vector<PictureJob>& jobs, const TileChain& chain,
+                     const OutputPattern& pattern) const {
+        OutputCheck check("-o " + pattern.name(),
+                          pattern.hasStem() ? "Choose another folder or name, like -o out/{stem}_2.{ext}"
+                                            : "Give every picture a name of its own, like -o out/{stem}.exr");
+        for (const PictureJob& job : jobs) {
+            check.addInput(job.input);
+            check.addPicture(job.output, job.input);
+        }
+        for (const auto& module : chain.instances()) check.addInputs(*module);
+        check.addInputs(session);
+        if (network) check.addNetwork(*network);
+        check.require();
     }
 
     /// Throws Failure(Partial) when some of the pictures failed.
@@ -147,9 +169,9 @@ private:
         compileOnce(processing);
         Progress line(std::to_string(jobs.size()) + " pictures", jobs.size() * Whole, "pictures", Whole,
                       session.options().quiet);
-        std::size_t failed = 0;
+        std::vector<std::string> failed;
         const auto tell = [&](const PictureJob& job, const Diagnostic& message) {
-            ++failed;
+            failed.push_back(job.input);
             line.clear();
             session.report().error(failureOf(job, message));
         };
@@ -160,7 +182,7 @@ private:
                 processing.process(jobs[i], &part);
             } catch (const Failure& failure) {
                 if (failure.fault() == Fault::Interrupted)
-                    throw interruptedAfter(i - failed, jobs.size(), failure);
+                    throw interruptedAfter(i - failed.size(), jobs.size(), failure);
                 if (stopsAll(failure.fault(), sameFormat)) throw;
                 tell(jobs[i], failure.diagnostic());
             } catch (const std::bad_alloc&) {
@@ -170,15 +192,12 @@ private:
             }
         }
         line.clear();
-        session.report().detail(writtenText(jobs.size() - failed, jobs.size()) + '.');
-        if (failed > 0)
-            throw Failure(Fault::Partial,
-                          {"",
-                           std::to_string(failed) + " of " + std::to_string(jobs.size()) + " pictures failed",
-                           "",
-                           "",
-                           "",
-                           {}});
+        session.report().detail(writtenText(jobs.size() - failed.size(), jobs.size()) + '.');
+        if (!failed.empty())
+            throw Failure(Fault::Partial, {"",
+                                           std::to_string(failed.size()) + " of " +
+                                               std::to_string(jobs.size()) + " pictures failed",
+                                           "", "", "", failed});
     }
 
     /// Before any picture is touched.

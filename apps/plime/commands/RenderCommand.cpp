@@ -2,6 +2,7 @@
 // plime render: a scene through displays into a picture.
 #include "apps/plime/commands/Commands.h"
 #include "apps/plime/modules/SceneInput.h"
+#include "apps/plime/pictures/OutputCheck.h"
 #include "apps/plime/pictures/PictureRendering.h"
 #include "apps/plime/terminal/Numbers.h"
 
@@ -43,6 +44,8 @@ is shown on a plane, or a generated scene, demo:NAME.
                       else on +z, 30 degrees, as near as everything fits
   --up X,Y,Z          0,1,0 unless asked otherwise
   --background R,G,B[,A]   linear; 0,0,0,1 unless asked otherwise
+  --set NAME=VALUE    sets a parameter of a generated scene, such as count of
+                      demo:galaxy; "plime describe Scene/Galaxy" shows them
   --point-size N      of point lists, in pixels
   --tile N            draws in tiles of at most N pixels a side, 64 at least;
                       2048 unless asked otherwise
@@ -51,13 +54,14 @@ is shown on a plane, or a generated scene, demo:NAME.
   --resume            takes the tiles that an interrupted run of this command
                       has left in OUT.parts; without it all are drawn anew
   --save-network FILE   writes how the picture is made, for "plime run"
+  --no-network        does not keep that in the picture itself
   --list-demos        lists the generated scenes
 
 Points add up, and intensities far above 1 are kept: write .exr, or add --srgb.
 
 Examples:
   plime render bunny.ply -o bunny.png --srgb
-  plime render demo:galaxy --display Display/CMYK -o galaxy.exr
+  plime render demo:galaxy --set count=5000 --display Display/CMYK -o galaxy.exr
   plime render model.glb --display Display/CMYK -o cmyk.png --size 1920x1080
   plime render model.glb -o poster.exr --size 16384x16384 --resume
 )";
@@ -75,6 +79,7 @@ public:
         view.addTo(syntax);
         syntax.options.push_back({"--samples", &samples});
         syntax.options.push_back({"--point-size", &pointSize});
+        syntax.options.push_back({"--set", &settings});
         syntax.options.push_back({"--list-demos", &listDemos});
         syntax.options.push_back({"--resume", &resume});
         syntax.options.push_back({"--save-network", &network});
@@ -93,10 +98,12 @@ public:
         const Limits limits = modules.unchecked ? Limits::Unchecked : Limits::Checked;
         if (samples) static_cast<void>(sampleCount());
         const auto scene = makeSceneInput(session.catalogue(), *input);
+        for (const std::string& setting : settings) setOfScene(*scene, setting, limits);
         if (pointSize) setPointSize(*scene, limits);
         const auto displays = makeDisplays(session, *scene, limits);
         warnOfIneffectiveSamples(session, displays);
         TileChain chain(session.catalogue(), modules.tiles, limits);
+        requireSafe(session, *scene, displays, chain);
         chain.prepare();
         draw(session, *scene, displays, chain);
         return 0;
@@ -143,6 +150,19 @@ private:
         return wholeNumber("--samples", *samples, 1, std::numeric_limits<int>::max());
     }
 
+    /// Which file is shown says INPUT alone.
+    void setOfScene(ModuleInstance& scene, const std::string& setting, Limits limits) const {
+        const std::size_t sign = setting.find('=');
+        if (sign == std::string::npos || sign == 0 || setting.starts_with("file="))
+            throw Failure(Fault::Usage, {"--set",
+                                         "is no setting of " + *input,
+                                         "NAME=VALUE",
+                                         '"' + setting + '"',
+                                         "See \"plime describe " + scene.entry().key + '"',
+                                         {}});
+        scene.set(setting.substr(0, sign), setting.substr(sign + 1), limits);
+    }
+
     void setPointSize(ModuleInstance& scene, Limits limits) const {
         if (!scene.object().slots().input("size"))
             throw Failure(Fault::Usage, {"--point-size",
@@ -178,9 +198,22 @@ private:
         }
     }
 
+    void requireSafe(Session& session, const ModuleInstance& scene, const Displays& displays,
+                     const TileChain& chain) const {
+        OutputCheck check("-o " + *wish.path, "Choose another name or folder");
+        check.addPicture(*wish.path, *input);
+        check.addInputs(scene);
+        for (const auto& display : displays) check.addInputs(*display);
+        for (const auto& module : chain.instances()) check.addInputs(*module);
+        check.addInputs(session);
+        if (network) check.addNetwork(*network);
+        check.require();
+    }
+
     void draw(Session& session, const ModuleInstance& scene, const Displays& displays,
               const TileChain& chain) const {
-        NetworkOutput networks(session.report(), network, *wish.path, session.options().noClobber);
+        NetworkOutput networks(session.report(), network, session.options().noClobber);
+        if (wish.noNetwork) networks.keepOutOfPictures();
         Provenance provenance;
         RenderTask task{scene, *input, {}, chain, pool, view, wish, networks, resume};
         std::string last = provenance.add(scene);
@@ -197,6 +230,7 @@ private:
     }
 
     std::optional<std::string> input, samples, pointSize, network;
+    std::vector<std::string> settings;
     OutputWish wish;
     ViewOptions view;
     ModuleChain modules;

@@ -3,10 +3,12 @@
 #include "apps/plime/commands/Commands.h"
 #include "apps/plime/modules/NetworkModules.h"
 #include "apps/plime/pictures/NetworkOutputs.h"
+#include "apps/plime/pictures/OutputCheck.h"
 #include "apps/plime/pictures/PictureProcessing.h"
 #include "apps/plime/pictures/PictureRendering.h"
 #include "apps/plime/terminal/Numbers.h"
 #include "workbench/files/InputKind.h"
+#include "workbench/files/Picture.h"
 #include "workbench/files/PictureFormat.h"
 #include "workbench/network/NetworkFile.h"
 
@@ -15,11 +17,12 @@
 namespace workbench {
 namespace {
 
-constexpr std::string_view Help = R"(Usage: plime run NETWORK.json [-o OUT] [--set OBJECT.PARAM=VALUE]…
+constexpr std::string_view Help = R"(Usage: plime run NETWORK [-o OUT] [--set OBJECT.PARAM=VALUE]…
 
 Makes the pictures of a saved network: one for each of its views. Networks are
 written by --save-network of "plime render" and "plime process", are kept in
 the pictures that these write, and can be written by hand: docs/network.md.
+NETWORK is such a file (.json), or a picture that keeps one.
 The picture is the same, byte for byte, as long as files, plug-ins and driver
 are, and the format is that of the first time.
 
@@ -28,6 +31,8 @@ are, and the format is that of the first time.
                       Without -o it is NETWORK_VIEW.exr in the current folder
   --set OBJECT.PARAM=VALUE   sets a parameter, with all that share its value;
                       VALUE can be @FILE, as with -p
+  --set VIEW.picture=FILE    makes a view of another picture: a saved look for
+                      many
   --unchecked         accepts values outside of their limits
   -d, --depth D       half, float, uint8 or uint16; else as the network says
   --srgb              encodes the colours for viewing, also where the network
@@ -36,6 +41,7 @@ are, and the format is that of the first time.
   --size WxH, --camera …, --up …, --background …
                       instead of what the network says of its drawn views, as
                       "plime render" takes them
+  --no-network        keeps no network in the pictures
   --tile N, --overlap N   tiles, as "plime render" and "plime process" take them
   --resume            takes the tiles that an interrupted run has left
 
@@ -46,22 +52,24 @@ Examples:
   plime render demo:galaxy --display Display/Blurred -o galaxy.exr \
         --save-network galaxy.json
   plime run galaxy.json -o wider.exr --set blurred.width=20
-  plime info galaxy.exr --network > again.json && plime run again.json
+  plime run galaxy.exr -o again.exr
+  plime run look.json -o b_tm.exr --set main.picture=b.exr
 )";
 
-/// Throws as readNetwork, and Failure(Input) for a picture, which may keep a network.
+/// A network's own file, or the one that a picture keeps. Throws as readNetwork, and Failure(Input) for a picture
+/// without one.
 Network networkOf(const std::string& path) {
     try {
         return readNetwork(path);
     } catch (const Failure&) {
         if (kindOf(path) != InputKind::Picture) throw;
     }
-    throw Failure(Fault::Input, {path,
-                                 "is a picture, no network",
-                                 "",
-                                 "",
-                                 "Take the network that it keeps with: plime info " + path + " --network",
-                                 {}});
+    const auto picture = PictureReader::open(path);
+    if (const Metadatum* const kept = picture->description().find(NetworkName))
+        return networkFromText(kept->text, path);
+    throw Failure(
+        Fault::Input,
+        {path, "is a picture that keeps no network", "a network, or a picture made by plime", "", "", {}});
 }
 
 class RunCommand : public Command {
@@ -86,6 +94,7 @@ public:
         Network network = networkOf(path);
         const auto folder = std::filesystem::path(path).parent_path();
         changePaths(network, [&](const std::string& file) { return (folder / file).string(); });
+        setPictures(network);
         const std::vector<std::string> outputs = outputsOf(network, path, wish.path);
         for (const NetworkView& each : network.views) requirePossible(each, path);
         requireUsefulOptions(network);
@@ -93,8 +102,10 @@ public:
         NetworkModules modules(session.catalogue(), network, path, limits);
         modules.set(settings, limits);
         network = modules.network();
+        requireSafe(session, modules, network, outputs);
         OpenGLOnDemand openGL(session.options());
         NetworkOutput networks(session.report(), outputs.size());
+        if (wish.noNetwork) networks.keepOutOfPictures();
         for (std::size_t i = 0; i < outputs.size(); ++i) {
             wishFor(outputs[i], network.views[i], asked, session.report());
             try {
@@ -110,6 +121,35 @@ public:
     }
 
 private:
+    /// Takes "VIEW.picture=FILE" out of the settings. Tiles were those of the picture that was there before.
+    void setPictures(Network& network) {
+        std::erase_if(settings, [&](const std::string& setting) {
+            for (NetworkView& each : network.views) {
+                const std::string start = each.name + ".picture=";
+                if (each.picture.empty() || network.object(each.name) || !setting.starts_with(start))
+                    continue;
+                each.picture = setting.substr(start.size());
+                each.tiles.reset();
+                return true;
+            }
+            return false;
+        });
+    }
+
+    void requireSafe(Session& session, const NetworkModules& modules, const Network& network,
+                     const std::vector<std::string>& outputs) const {
+        OutputCheck check(wish.path ? "-o " + *wish.path : "",
+                          "Choose another folder or name, like -o out/{view}.exr");
+        check.addInput(path);
+        check.addInputs(session);
+        for (const auto& [name, module] : modules.all()) check.addInputs(*module);
+        for (std::size_t i = 0; i < outputs.size(); ++i) {
+            check.addInput(network.views[i].picture);
+            check.addPicture(outputs[i], "the view " + network.views[i].name);
+        }
+        check.require();
+    }
+
     /// Options that say how to draw need something to draw.
     void requireUsefulOptions(const Network& network) const {
         const bool draws =
@@ -118,8 +158,7 @@ private:
         for (const auto& [option, given] : {std::pair{"--size", view.size.has_value()},
                                             {"--camera", view.camera.has_value()},
                                             {"--up", view.up.has_value()},
-                                            {"--background", view.background.has_value()},
-                                            {"--resume", resume}})
+                                            {"--background", view.background.has_value()}})
             if (given)
                 throw Failure(Fault::Usage,
                               {option, "has no meaning here: " + path + " draws nothing", "", "", "", {}});
@@ -149,7 +188,8 @@ private:
         chain.prepare();
         Provenance provenance(std::move(part));
         if (shown.shows.empty()) {
-            PictureProcessing processing(session, openGL, chain, wish, tilingOf(shown), provenance, networks);
+            PictureProcessing processing(session, openGL, chain, wish, tilingOf(shown), provenance, networks,
+                                         resume);
             processing.process({shown.picture, *wish.path});
             return;
         }

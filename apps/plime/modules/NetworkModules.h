@@ -32,6 +32,11 @@ public:
 
     /// The network as it is now.
     [[nodiscard]] Network network() const;
+    /// All modules, by the names of their objects.
+    [[nodiscard]] const std::unordered_map<std::string, std::shared_ptr<ModuleInstance>>&
+    all() const noexcept {
+        return modules;
+    }
     /// What is drawn for a view that shows an object.
     [[nodiscard]] ShownObject shownBy(const NetworkView& view) const;
     /// The tile modules of a view, in the order of their work.

@@ -101,19 +101,16 @@ Network Provenance::kept() const {
     return named;
 }
 
-NetworkOutput::NetworkOutput(Report& report, const std::optional<std::string>& path,
-                             const std::string& picture, bool noClobber)
+NetworkOutput::NetworkOutput(Report& report, const std::optional<std::string>& path, bool noClobber)
     : report(report), noClobber(noClobber) {
     if (!path) return;
     file = *path;
     static_cast<void>(OutputFile(*file, noClobber));
-    if (fs::weakly_canonical(*file) == fs::weakly_canonical(picture))
-        throw Failure(Fault::Usage,
-                      {"--save-network", "is the picture, too", "a file of its own", *path, "", {}});
 }
 
 std::string NetworkOutput::lineFor(const Provenance& provenance) {
     requireSavable(provenance.network());
+    if (!inPictures) return "";
     try {
         return exactTextOf(provenance.kept(), NetworkLayout::OneLine);
     } catch (const Failure& failure) {

@@ -69,11 +69,12 @@ public:
     /// Into so many pictures only. The report is borrowed.
     NetworkOutput(Report& report, std::size_t pictures) : report(report), isForSeveral(pictures > 1) {}
     /// Into one picture, and into a file where there is a path. Looks whether the file can be written:
-    /// Failure(Output), and Failure(Usage) where it is the picture as well.
-    NetworkOutput(Report& report, const std::optional<std::string>& path, const std::string& picture,
-                  bool noClobber);
+    /// Failure(Output).
+    NetworkOutput(Report& report, const std::optional<std::string>& path, bool noClobber);
 
-    /// The line that a picture keeps. Before the work on it: throws Failure(Network) where save would. Without a
+    /// Pictures keep no network.
+    void keepOutOfPictures() noexcept { inPictures = false; }
+    /// The line that a picture keeps; empty where it keeps none. Before the work on it: throws Failure(Network) where save would. Without a
     /// file a network that could not be read again as it is becomes a warning, once per cause, and an empty line.
     [[nodiscard]] std::string lineFor(const Provenance& provenance);
     /// Writes the file; the network is given the paths that lead from there. Throws as saveNetwork.
@@ -85,7 +86,7 @@ private:
     void warnOf(Diagnostic cause, const Provenance& provenance);
 
     Report& report;
-    bool isForSeveral = false, noClobber = false;
+    bool isForSeveral = false, noClobber = false, inPictures = true;
     std::optional<std::filesystem::path> file;
     std::set<std::string> told; ///< sentences
 };

@@ -19,16 +19,22 @@ std::string fileStamp(const fs::path& file) {
     return text + '\n';
 }
 
-std::string shaderFileStamps(const std::vector<fs::path>& folders) {
-    std::string text;
+std::vector<fs::path> shaderFilesIn(const std::vector<fs::path>& folders) {
+    std::vector<fs::path> all;
     for (const fs::path& folder : folders) {
         std::set<fs::path> files;
         std::error_code problem;
         for (fs::directory_iterator entry(folder, problem), end; !problem && entry != end;
              entry.increment(problem))
             if (entry->path().extension() == ".frag") files.insert(entry->path());
-        for (const fs::path& file : files) text += fileStamp(file);
+        all.insert(all.end(), files.begin(), files.end());
     }
+    return all;
+}
+
+std::string shaderFileStamps(const std::vector<fs::path>& folders) {
+    std::string text;
+    for (const fs::path& file : shaderFilesIn(folders)) text += fileStamp(file);
     return text;
 }
 

@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <map>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -26,17 +25,6 @@ std::string_view placeholderAt(std::string_view text) {
     const bool isWord = std::ranges::all_of(
         word, [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_'; });
     return isWord ? word : std::string_view{};
-}
-
-/// The same for every way to write the path of one file.
-std::string identityOf(const std::string& path) {
-    std::error_code error;
-    const fs::path real = fs::weakly_canonical(fs::absolute(path, error), error);
-    return error ? fs::absolute(path, error).lexically_normal().string() : real.string();
-}
-
-Failure clash(const std::string& output, std::string what, const std::string& pattern, std::string advice) {
-    return Failure(Fault::Usage, {output, std::move(what), "", "-o " + pattern, std::move(advice), {}});
 }
 
 } // namespace
@@ -76,31 +64,12 @@ std::string OutputPattern::outputFor(const std::string& input) const {
 
 std::vector<PictureJob> planOutputs(const std::vector<std::string>& inputs, const OutputPattern& pattern) {
     std::vector<PictureJob> jobs;
-    std::map<std::string, std::string> inputNamed; // by what the file really is
     for (const std::string& input : inputs) {
         if (input.empty())
             throw Failure(
                 Fault::Usage,
                 {"process", "has an input without a name", "the path of a picture", "\"\"", "", {}});
         jobs.push_back({input, pattern.outputFor(input)});
-        inputNamed.emplace(identityOf(input), input);
-    }
-    if (jobs.size() == 1 && !pattern.hasPlaceholder()) return jobs;
-    std::map<std::string, std::string> inputOf; // by the output
-    for (const auto& [input, output] : jobs) {
-        const std::string identity = identityOf(output);
-        const auto [first, isNew] = inputOf.emplace(identity, input);
-        if (!isNew && identityOf(first->second) == identityOf(input))
-            throw Failure(Fault::Usage, {input, "is named twice", "every picture once", "", "", {}});
-        if (!isNew)
-            throw clash(output, "would be written from two pictures, " + first->second + " and " + input,
-                        pattern.name(),
-                        pattern.hasStem()
-                            ? "Process pictures of one name in separate runs, or tell them apart by {ext}"
-                            : "Give every picture a name of its own, like -o out/{stem}.exr");
-        if (const auto known = inputNamed.find(identity); known != inputNamed.end())
-            throw clash(output, "would be written from " + input + " and is the input " + known->second,
-                        pattern.name(), "Choose another folder or name, like -o out/{stem}.exr");
     }
     return jobs;
 }

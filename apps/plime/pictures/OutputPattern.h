@@ -39,9 +39,7 @@ struct PictureJob {
     std::string input, output;
 };
 
-/// Pairs every input with its output. Throws Failure(Usage) for an input without a name, and, naming two of the
-/// files, when two inputs lead to one output, and when the output of a pattern or of several inputs is one of
-/// the inputs.
+/// Pairs every input with its output. Throws Failure(Usage) for an input without a name.
 [[nodiscard]] std::vector<PictureJob> planOutputs(const std::vector<std::string>& inputs,
                                                   const OutputPattern& pattern);
 
