@@ -72,6 +72,18 @@ TEST(Tile_plan, takes_larger_ones_whole_when_asked_and_the_driver_can) {
     EXPECT_EQ(textOf({shaders(20000, 100), {.side = 131072, .overlap = {}}}), "11x1 of 1947x100 with 64");
 }
 
+TEST(Tile_plan, takes_all_whole_that_driver_and_memory_allow_where_the_place_counts) {
+    TilingTask task = shaders(5000, 2500);
+    task.dependsOnPlace = true;
+    EXPECT_EQ(textOf({task, {}}), "1x1 of 5000x2500 with 0");
+    EXPECT_EQ(textOf({task, {.side = 4096, .overlap = {}}}), "3x2 of 1795x1378 with 64");
+    task.memory = 100ULL << 20U;
+    EXPECT_GT(TilePlan(task, {}).count(), 1);
+    task = shaders(20000, 10);
+    task.dependsOnPlace = true;
+    EXPECT_GT(TilePlan(task, {}).count(), 1);
+}
+
 TEST(Tile_plan, cuts_a_picture_that_does_not_fit_into_the_memory) {
     EXPECT_EQ(textOf({shaders(4000, 4000, 200ULL << 20U), {}}), "5x5 of 928x928 with 64");
     EXPECT_EQ(textOf({shaders(4000, 4000, 40ULL << 20U), {}}), "11x11 of 492x492 with 64");

@@ -64,11 +64,11 @@ TEST_F(PlimeTiling, memory_makesTilesSmaller_insteadOfFailing) {
     expectSameBits(processed(path, Colours + Words{"--memory", "162M"}).pixels, whole.pixels);
     expectHas(messagesOf(Words{"process", path, "-o", at("out.exr"), "-v", "--memory", "162M"} + Colours),
               "plime: The picture is cut into ");
-    expectFailure(4,
-                  path +
-                      ": needs more memory than is allowed — expected at most 102400 bytes, got 158M. Allow it "
-                      "with --memory 158M.",
-                  Words{"process", path, "-o", at("new.exr"), "--memory", "100K"} + Colours);
+    expectFailure(
+        4,
+        path + ": needs more memory than is allowed — expected at most 102400 bytes, got 158M. Allow it "
+               "with --memory 158M.",
+        Words{"process", path, "-o", at("new.exr"), "--memory", "100K"} + Colours);
 }
 
 TEST_F(PlimeTiling, extraChannels_areKept) {
@@ -167,6 +167,17 @@ TEST_F(PlimeTiling, programOfTheUser_isWarnedOfWhereItAsksForThePlace) {
                   "and Hollywood/TileProgram works with the place in the tile, so the result differs");
 }
 
+TEST_F(PlimeTiling, programThatAsksForThePlace_seesALargePictureAsOneTile) {
+    const std::string path = picture("in.exr", gradient(5000, 8));
+    const Words ramp = {"--with", "Hollywood/TileProgram", "-p",
+                        "code=void main() { gl_FragColor = vec4(gl_TexCoord[0].x); }"};
+    EXPECT_EQ(messagesOf(Words{"process", path, "-o", at("out.exr")} + ramp), "");
+    const auto pixels = readPicture(at("out.exr")).pixels;
+    for (std::size_t x = 1; x < 5000; ++x) ASSERT_GE(float(pixels[x].r), float(pixels[x - 1].r)) << x;
+    expectHas(messagesOf(Words{"process", path, "-o", at("out.exr"), "--tile", "4096"} + ramp),
+              "so the result differs from that of the whole picture");
+}
+
 TEST_F(PlimeTiling, renderWith_isTheSameAsProcessingThePictureAfterwards) {
     for (const char* size : {"4200x70", "40x700"}) {
         const Words drawn = {"render", "demo:knot", "--size", size, "--tile", "512", "--gpu", "software"};
@@ -180,7 +191,7 @@ TEST_F(PlimeTiling, renderWith_isTheSameAsProcessingThePictureAfterwards) {
 }
 
 TEST_F(PlimeTiling, renderWith_ofAModuleThatAsksForThePlace_isWarnedOf) {
-    expectHas(messagesOf(Words{"render", "demo:knot", "--size", "4200x40", "-o", at("out.exr")} + Blur),
+    expectHas(messagesOf(Words{"render", "demo:knot", "--size", "17000x20", "-o", at("out.exr")} + Blur),
               "works with the place in the tile, so the result differs from that of the whole picture. "
               "\"plime process --tile\" on the finished picture can take more as one tile.\n");
 }

@@ -104,11 +104,11 @@ void tellOfTiles(Session& session, OpenGLOnDemand& openGL, const TileChain& chai
     const ModuleInstance* const dependent = chain.dependentOnTile();
     if (plan.count() == 1) {
         report.detail("The picture is one tile of " + size + " pixels on " + driver + '.' +
-                    (dependent ? " " + dependent->entry().key + " works with the place in it." : ""));
+                      (dependent ? " " + dependent->entry().key + " works with the place in it." : ""));
         return;
     }
     report.detail("The picture is cut into " + std::to_string(plan.count()) + " tiles of " + size +
-                " pixels with an overlap of " + std::to_string(plan.overlap()) + ", on " + driver + '.');
+                  " pixels with an overlap of " + std::to_string(plan.overlap()) + ", on " + driver + '.');
     if (dependent) report.warning(cutWarning(task, plan, dependent->entry().key));
 }
 
@@ -178,8 +178,13 @@ void PictureProcessing::writeProcessed(PictureReader& reader, const TilePlan& pl
     std::optional<Progress> own;
     if (!part) own.emplace(job.input, pixels, "Mpixel", 1e6, session.options().quiet);
     const ProgressPart shown = part ? *part : ProgressPart{*own, 0, pixels};
+    const auto pieces = [&](double share) {
+        return static_cast<std::uint64_t>(share * static_cast<double>(shown.length));
+    };
     const auto done = [&](double share) {
-        shown.line.show(shown.begin + static_cast<std::uint64_t>(share * static_cast<double>(shown.length)));
+        const std::size_t taken = journal ? journal->takenCount() : 0;
+        shown.line.show(shown.begin + pieces(share),
+                        pieces(static_cast<double>(taken) / static_cast<double>(plan.count())));
     };
     processTiles(chain, plan, reader, output, done, journal);
     shown.line.clear();
@@ -226,6 +231,7 @@ TilingTask PictureProcessing::taskOf(const std::string& input, const PictureRead
     task.otherBytes = bytesBesidePixels(chain.drawsWithOpenGL(), wish.requirePath(), picture.width) +
                       ReadAheadBytes + picture.readerBytes;
     for (const ExtraChannel& channel : picture.extraChannels) task.extraBytes += channel.bytesPerValue();
+    task.dependsOnPlace = chain.dependentOnTile() != nullptr;
     if (chain.drawsWithOpenGL()) task.shaderSide = openGL.rendering().properties().maxTextureSize;
     return task;
 }

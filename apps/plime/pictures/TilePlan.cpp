@@ -65,7 +65,8 @@ void TilePlan::cutIntoStrips(const TilingTask& task) {
 }
 
 void TilePlan::cutForShaders(const TilingTask& task, const TilingWish& wish) {
-    const int limit = std::min(wish.side.value_or(LargestWholeTile), *task.shaderSide);
+    const int usual = task.dependsOnPlace ? *task.shaderSide : LargestWholeTile;
+    const int limit = std::min(wish.side.value_or(usual), *task.shaderSide);
     if (task.width <= limit && task.height <= limit && bytesForWhole(task) <= task.memory) return;
     int side = std::min(limit, LargestCutTile);
     while (side > SmallestShrunkTile && side / 2 > 2 * wish.overlap.value_or(0) &&

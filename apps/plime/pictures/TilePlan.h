@@ -8,7 +8,8 @@
 
 namespace workbench {
 
-/// The side of the largest picture that shader processors take as one tile, unless --tile says otherwise.
+/// The side of the largest picture that shader processors take as one tile, unless --tile says otherwise or one of
+/// them works with the place in the tile.
 inline constexpr int LargestWholeTile = 4096;
 /// The side of the largest tile of a picture that is cut.
 inline constexpr int LargestCutTile = 2048;
@@ -38,6 +39,7 @@ struct TilingTask {
     std::optional<int> shaderSide; ///< the driver's largest texture; missing: no shader takes part
     bool isDrawn = false;          ///< it comes from a drawing, not from a file
     std::uint64_t otherBytes = 0;  ///< held beside its pixels and counted in the memory
+    bool dependsOnPlace = false; ///< a shader works with the place in the tile, and is right in one tile only
 };
 
 /// What the whole picture as one tile would need.
