@@ -1,10 +1,11 @@
 # Script of krod_embed_text: INPUT, OUTPUT, NAME.
+get_filename_component(leaf ${INPUT} NAME)
 file(READ ${INPUT} hex HEX)
 string(LENGTH "${hex}" digits)
 math(EXPR bytes "${digits} / 2")
 string(REGEX REPLACE "(..)" "'\\\\x\\1'," array "${hex}")
 file(WRITE ${OUTPUT}.new
-"// Made from ${NAME}.frag; do not edit.
+"// Made from ${leaf}; do not edit.
 #pragma once
 
 namespace plime::text::${NAME} {

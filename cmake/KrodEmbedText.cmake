@@ -1,6 +1,6 @@
 # krod_embed_text(target file...)
-# Makes file NAME.frag known to C++ as `inline constexpr char Body[]` in namespace plime::text::NAME, header
-# "NAME.frag.h". Bytes are embedded as they are, line ends and all.
+# Makes a file NAME.frag or NAME.md known to C++ as `inline constexpr char Body[]` in namespace plime::text::NAME,
+# header "NAME.frag.h" or "NAME.md.h". Bytes are embedded as they are, line ends and all.
 set(KROD_EMBED_TEXT_SCRIPT ${CMAKE_CURRENT_LIST_DIR}/EmbedText.cmake)
 
 function(krod_embed_text target)

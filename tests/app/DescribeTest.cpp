@@ -58,6 +58,55 @@ TEST(Plime_describe, of_a_shared_key_gives_an_array_and_with_the_source_an_objec
     EXPECT_EQ(Json::parse(run({"describe", "Display/Depth@DisplayDepth", "--json"}).output), both[1]);
 }
 
+TEST(Plime_describe, and_help_say_what_every_parameter_means_and_name_the_page) {
+    std::ifstream file(GOLDEN_FOLDER "/parameters.json");
+    const Json tables = Json::parse(file);
+    for (const auto& [key, table] : tables.items()) {
+        const std::string described = run({"describe", key}).output, helped = run({"help", key}).output;
+        for (const Json& parameter : table["parameters"]) {
+            const std::string row = "\n  " + parameter["name"].get<std::string>() + "  ";
+            const std::size_t meanings = described.find("Meaning, as docs/modules/");
+            ASSERT_NE(meanings, std::string::npos) << key;
+            EXPECT_NE(described.find(row, meanings), std::string::npos) << key << row;
+            EXPECT_NE(helped.find(row), std::string::npos) << key << row;
+        }
+        EXPECT_NE(helped.find("docs/modules/"), std::string::npos) << key;
+        EXPECT_EQ(helped.find("has no text about itself"), std::string::npos) << key;
+        EXPECT_EQ(helped.find('&'), std::string::npos) << key << " shows an entity";
+    }
+    EXPECT_NE(run({"help", "Display/HSVAdjust"}).output.find("degrees by which the colour wheel is turned"),
+              std::string::npos);
+}
+
+TEST(Plime_help, knows_subjects) {
+    for (const std::string subject : {"environment", "networks", "points", "shaders"}) {
+        const Result result = run({"help", subject});
+        EXPECT_EQ(result.code, 0) << result.error;
+        EXPECT_GT(result.output.size(), 500U) << subject;
+        EXPECT_NE(run({"help"}).output.find(subject), std::string::npos);
+    }
+    EXPECT_NE(run({"help", "point"}).error.find("Did you mean \"points\"?"), std::string::npos);
+}
+
+// What the page says of the files' names, against what the modules ask for.
+TEST(Plime_help, names_the_shader_files_that_displays_take) {
+    const std::string page = run({"help", "shaders"}).output;
+    std::ifstream file(GOLDEN_FOLDER "/parameters.json");
+    const Json tables = Json::parse(file);
+    for (const auto& [key, table] : tables.items()) {
+        const Result body = run({"shader", key, "--body", "-v"});
+        if (body.code != 0) continue;
+        const std::size_t at = body.error.find("by a file ") + 10;
+        const std::string name = body.error.substr(at, body.error.find(' ', at) - at);
+        EXPECT_NE(page.find("\n     " + key + ' '), std::string::npos) << key;
+        EXPECT_NE(page.find(name, page.find("\n     " + key + ' ')), std::string::npos) << key << ' ' << name;
+        EXPECT_TRUE(run({"shader", key}).output.ends_with(body.output)) << key;
+        EXPECT_NE(body.output.find("main"), std::string::npos) << key;
+    }
+    EXPECT_EQ(run({"shader", "Display/CMYK", "--body"}).code, 0);
+    EXPECT_EQ(run({"shader", "Hollywood/TileProgram", "--body"}).code, 2);
+}
+
 TEST(Plime_describe, shows_people_a_table) {
     const Result result = run({"describe", "Display/Blurred"});
     EXPECT_EQ(result.code, 0);

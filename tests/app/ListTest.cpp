@@ -51,6 +51,21 @@ TEST(Plime_list, shows_every_key_and_tells_the_two_depth_displays_apart) {
     EXPECT_EQ(result.output.find("…"), std::string::npos) << "nothing is cut where no terminal is";
 }
 
+TEST(Plime_list, has_a_sentence_of_the_host_for_modules_without_words) {
+    const std::string output = run({"list"}).output;
+    EXPECT_NE(
+        output.find("  Display/CMYK               Shows how much cyan, magenta and yellow ink each place "
+                    "would take, as red, green and blue [host]\n"),
+        std::string::npos)
+        << output;
+    EXPECT_EQ(output.find("Blur object in image space. [host]"), std::string::npos);
+    for (std::size_t at = 0, end; (end = output.find('\n', at)) != std::string::npos; at = end + 1) {
+        const std::string line = output.substr(at, end - at);
+        if (line.starts_with("  "))
+            EXPECT_NE(line.find(' ', 2), std::string::npos) << line << " says nothing";
+    }
+}
+
 TEST(Plime_list, has_nothing_twice_when_a_plugin_is_named_that_lies_in_the_default_folder) {
     const Result once = run({"list", "--json"});
     const Result named = run({"list", "--json", "--plugin", TOVAR_PLIME});

@@ -2,6 +2,7 @@
 #include "workbench/gl/ShaderFiles.h"
 
 #include "workbench/gl/dialect/TextScan.h"
+#include "workbench/platform/TextFile.h"
 #include "workbench/report/Failure.h"
 
 #include "host/core/VActionNotifier.h"
@@ -30,9 +31,9 @@ struct Winner {
 struct Files {
     std::mutex mutex;
     std::vector<fs::path> folders;
-    std::map<std::string, Winner> winners; ///< by the name that the module asks for
-    std::set<std::string> asked;           ///< names, found or not
-    std::set<std::string> told;            ///< warnings
+    std::map<std::string, Winner> winners;    ///< by the name that the module asks for
+    std::map<std::string, std::string> given; ///< texts that modules got last, by the names they asked for
+    std::set<std::string> told;               ///< warnings
 };
 
 Files& files() {
@@ -56,6 +57,7 @@ Reading readShaderFile(const fs::path& path) {
     stream.read(text.data(), static_cast<std::streamsize>(text.size()));
     if (!stream && !stream.eof()) return {std::nullopt, "cannot be read"};
     text.resize(static_cast<std::size_t>(stream.gcount()));
+    if (text.starts_with(ByteOrderMark)) text.erase(0, ByteOrderMark.size());
     if (text.empty()) return {std::nullopt, "is empty"};
     if (text.size() > LargestShaderFile) return {std::nullopt, "is larger than 64 KiB"};
     if (text.find('\0') != std::string::npos) return {std::nullopt, "is no text"};
@@ -103,10 +105,11 @@ std::vector<fs::path> currentFolders() {
 }
 
 /// Gives back the warnings that are new. They are told outside of the lock: who hears them may ask for files.
-std::vector<std::string> remember(const std::string& name, const Search& result) {
+std::vector<std::string> remember(const std::string& name, const Search& result,
+                                  const std::string& builtInText) {
     Files& all = files();
     const std::lock_guard lock(all.mutex);
-    all.asked.insert(name);
+    all.given[name] = result.winner ? result.winner->text : builtInText;
     if (result.winner)
         all.winners[name] = *result.winner;
     else
@@ -159,7 +162,17 @@ std::vector<ShaderFile> usedShaderFiles() {
 std::vector<std::string> askedShaderFiles() {
     Files& all = files();
     const std::lock_guard lock(all.mutex);
-    return {all.asked.begin(), all.asked.end()};
+    std::vector<std::string> names;
+    for (const auto& [name, text] : all.given) names.push_back(name);
+    return names;
+}
+
+std::optional<ReplaceablePart> findReplaceablePart(const std::string& text) {
+    Files& all = files();
+    const std::lock_guard lock(all.mutex);
+    for (const auto& [name, given] : all.given)
+        if (!given.empty() && text.ends_with(given)) return ReplaceablePart{name, text.size() - given.size()};
+    return std::nullopt;
 }
 
 std::optional<ShaderFileInText> findShaderFile(const std::string& text) {
@@ -176,7 +189,7 @@ std::optional<ShaderFileInText> findShaderFile(const std::string& text) {
 std::string krod::Programmable::OptionalFileRead(const std::string& fileName,
                                                  const std::string& builtInText) {
     const workbench::Search result = workbench::search(workbench::currentFolders(), fileName);
-    for (const std::string& warning : workbench::remember(fileName, result))
+    for (const std::string& warning : workbench::remember(fileName, result, builtInText))
         VActionNotifier::Warning(warning);
     if (!result.winner) return builtInText;
     workbench::requireNoVersion(result.winner->path, result.winner->text);

@@ -35,6 +35,15 @@ KROD_API void setShaderFolders(const std::vector<std::filesystem::path>& folders
 /// The names that modules have asked for so far, in the order of the alphabet.
 [[nodiscard]] KROD_API std::vector<std::string> askedShaderFiles();
 
+/// The end of a composed text, which a user's file of that name replaces.
+struct ReplaceablePart {
+    std::string name;
+    std::size_t offset = 0; ///< where it begins
+};
+
+/// The part of a text that was taken from OptionalFileRead, be it a file's or the module's own.
+[[nodiscard]] KROD_API std::optional<ReplaceablePart> findReplaceablePart(const std::string& text);
+
 /// A user's file within a composed text.
 struct ShaderFileInText {
     std::filesystem::path path;

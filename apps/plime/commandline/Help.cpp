@@ -17,6 +17,8 @@ Commands:
 )";
 
 constexpr std::string_view Tail = R"(
+Subjects of "plime help": environment, networks, points, shaders.
+
 Options of all commands, before or after the command:
   --plugin FILE|FOLDER   load this plug-in, or all of a folder; may be repeated
   --gpu WHICH            auto, software, a number or a part of a device's name

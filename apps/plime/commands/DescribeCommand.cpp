@@ -3,6 +3,7 @@
 #include "apps/plime/commandline/Session.h"
 #include "apps/plime/commands/Commands.h"
 #include "apps/plime/modules/ModuleInstance.h"
+#include "apps/plime/modules/ModulePages.h"
 #include "apps/plime/terminal/Html.h"
 #include "apps/plime/terminal/Text.h"
 
@@ -14,8 +15,8 @@ namespace {
 
 constexpr std::string_view Help = R"(Usage: plime describe KEY[@SOURCE] [--json]
 
-Shows what a module does, its parameters with type, initial value and limits,
-what it can be connected to, and what it gives. Parameters with an expert level
+Shows what a module does, its parameters with type, initial value, limits and
+meaning, what it can be connected to, and what it gives. Parameters with an expert level
 above 0 are for special cases. Where two modules share a key, both are shown.
 
   --json   an object for scripts; an array where two modules share the key
@@ -71,7 +72,17 @@ std::string descriptionOf(const ModuleInstance& module) {
         text += (text.empty() ? "" : "\n") + wrapped(readable, TextColumns, 2);
         last = readable;
     }
+    if (const ModulePage* const page = pageOf(module.entry()))
+        text += (text.empty() ? "" : "\n") + wrapped("This host: " + page->summary, TextColumns, 2);
     return text;
+}
+
+/// In the words of the module's page.
+std::string meaningsOf(const CatalogueEntry& entry) {
+    const ModulePage* const page = pageOf(entry);
+    if (!page) return {};
+    const std::string meanings = page->meaningsText(TextColumns);
+    return (meanings.empty() ? "" : "\n  Meaning, as " + page->file + " says:\n" + meanings);
 }
 
 std::string describe(const ModuleInstance& module, const std::string& reference) {
@@ -86,6 +97,7 @@ std::string describe(const ModuleInstance& module, const std::string& reference)
         rows.push_back({printable(name), parameter->typeName(), valueText(parameter->value().text()),
                         limitsText(*parameter), level == 0 ? "" : std::to_string(level)});
     text += table(rows);
+    text += meaningsOf(entry);
     rows = {{"Input", "type", "", "", ""}};
     for (const auto& [name, type] : slots.sinks()) rows.push_back({printable(name), type, "", "", ""});
     text += table(rows);

@@ -2,6 +2,7 @@
 // plime list: which modules are there?
 #include "apps/plime/commandline/Session.h"
 #include "apps/plime/commands/Commands.h"
+#include "apps/plime/modules/ModulePages.h"
 #include "apps/plime/terminal/Html.h"
 #include "apps/plime/terminal/Text.h"
 
@@ -14,8 +15,9 @@ namespace {
 constexpr std::string_view Help = R"(Usage: plime list [--json]
 
 Lists the modules of all plug-ins, grouped by category: the key that other
-commands take, and what the module does. Where two modules share a key, the
-name of the source is shown behind an "@"; KEY@SOURCE means just one of them.
+commands take, and what the module does. [host] marks the words of this host
+for a module that says nothing itself. Where two modules share a key, the name
+of the source is shown behind an "@"; KEY@SOURCE means just one of them.
 
   --json   an array in the order of registration, for scripts; null stands for
            what a module does not set
@@ -25,13 +27,14 @@ Examples:
   plime list --json | jq -r '.[].key'
 )";
 
-/// What to show in one line: many modules have a placeholder in one of their texts.
+/// What to show in one line: many modules have a placeholder in one of their texts, some in all.
 std::string lineOf(const CatalogueEntry& entry) {
     for (const auto& text : {entry.brief, entry.help})
         if (saysSomething(text)) {
             const std::string readable = readableText(*text);
             return printable(readable.substr(0, readable.find('\n')));
         }
+    if (const ModulePage* const page = pageOf(entry)) return page->sentence() + " [host]";
     return {};
 }
 

@@ -5,16 +5,19 @@
 #include "apps/plime/modules/ModuleInstance.h"
 #include "apps/plime/modules/TileChain.h"
 #include "workbench/gl/ShaderCapture.h"
+#include "workbench/gl/ShaderFiles.h"
 #include "workbench/gl/dialect/Shims.h"
 
 #include "host/gl/GLImageTileProcessor.h"
 #include "host/gl/MSDeferredObjectDisplay.h"
 
+#include <algorithm>
+
 namespace workbench {
 namespace {
 
 constexpr std::string_view Help = R"(Usage: plime shader KEY[@SOURCE] [-p NAME=VALUE]… [--unset NAME]…
-                    [--unchecked] [--as-compiled]
+                    [--unchecked] [--body|--as-compiled]
 
 Writes the fragment shader text that a module hands to the host, byte for byte,
 with nothing added: of a display in one draw, of a tile processor after one
@@ -23,6 +26,8 @@ update. No OpenGL is needed.
   -p NAME=VALUE   sets a parameter; code=@FILE reads the value from a file
   --unset NAME    makes a parameter unreadable: the module falls back
   --unchecked     accepts values outside of their limits
+  --body          writes the part alone that a file of your own can replace, whose
+                  name -v tells; see "plime help shaders"
   --as-compiled   shows the text as this host gives it to the driver, with the
                   shims that some drivers need
 
@@ -30,6 +35,7 @@ Examples:
   plime shader Display/CMYK
   plime shader Hollywood/ColorGammaCorrection -p red=-1
   plime shader Hollywood/TileProgram --as-compiled
+  plime shader Display/CMYK --body > mine/CMYK.frag
 )";
 
 std::string textOfDisplay(const ModuleInstance& module, krod::MSDeferredObjectDisplay& display,
@@ -67,7 +73,10 @@ public:
     }
     [[nodiscard]] std::string_view help() const noexcept override { return Help; }
     [[nodiscard]] Syntax syntax() override {
-        return {{{"--as-compiled", &asCompiled}}, {{"KEY[@SOURCE]", &key}}, &modules, {.own = true}};
+        return {{{"--as-compiled", &asCompiled}, {"--body", &body}},
+                {{"KEY[@SOURCE]", &key}},
+                &modules,
+                {.own = true}};
     }
 
     int run(Session& session) override {
@@ -81,15 +90,34 @@ public:
         else
             text = textOfTile(module, pool);
         session.noteShaderFiles();
+        if (body) text = bodyOf(session, module, text);
         if (asCompiled) text = adaptText(text, ShaderStage::Fragment, session.options().strictGlsl).joined();
         session.streams().write(text);
         return 0;
     }
 
 private:
+    /// The end of the text, which comes from a file where there is one.
+    static std::string bodyOf(const Session& session, const ModuleInstance& module, const std::string& text) {
+        const std::optional<ReplaceablePart> part = findReplaceablePart(text);
+        if (!part)
+            throw Failure(Fault::Usage, {module.entry().key,
+                                         "has no part that a file could replace",
+                                         "a display that has one",
+                                         "",
+                                         "See \"plime help shaders\"",
+                                         {}});
+        const auto before =
+            std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(part->offset), '\n');
+        session.report().detail("Line " + std::to_string(before + 1) +
+                                " of the text and those below it can be replaced by a file " + part->name +
+                                " in a folder of --shader-dir.");
+        return text.substr(part->offset);
+    }
+
     std::string key;
     ModuleChain modules;
-    bool asCompiled = false;
+    bool asCompiled = false, body = false;
 };
 
 } // namespace
