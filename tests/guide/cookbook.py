@@ -4,7 +4,7 @@
 
 Each command runs in a folder of its own that holds files of the names the page uses. Sizes and tiles above 1000 pixels
 are drawn with three digits. Whatever a command names after -o or > must be there then: a picture that shows something,
-or a shader text.
+or a shader text. No command may say anything, neither a warning nor that there are notes.
 """
 import math
 import os
@@ -30,6 +30,12 @@ plime render model.obj -o black.png --display Display/HSVAdjust -p value=0
 
 ```sh
 true -o missing.png
+```
+
+## Noisy
+
+```sh
+plime render model.obj -o noisy.png --samples 3
 ```
 """
 
@@ -91,7 +97,7 @@ def tried(command, template, plime):
         ran = subprocess.run(["bash", "-ec", command], cwd=folder, env=environment, capture_output=True, text=True)
         if ran.returncode:
             return [f"exit code {ran.returncode}: {ran.stderr.strip()}"]
-        faults = []
+        faults = [f"says {ran.stderr.strip()}"] if ran.stderr else []
         for name in OUTPUT.findall(command):
             made = sorted(folder.glob(re.sub(r"\{\w+\}|\$\w+", "*", name)))
             faults += [f"{path.name} {fault(path)}" for path in made if fault(path)]
@@ -110,7 +116,9 @@ def main(plime, vignette, page):
     if page == "--self-test":
         found = faultsOf(BLACK, plime, vignette)
         print(found)
-        return 0 if found == {"Black": ["black.png is all black"], "Nothing": ["missing.png is not there"]} else 1
+        expected = {"Black": ["black.png is all black"], "Nothing": ["missing.png is not there"],
+                    "Noisy": ["says plime: warning: --samples: has no effect without a --display."]}
+        return 0 if found == expected else 1
     found = faultsOf(Path(page).read_text(encoding="utf-8"), plime, vignette)
     for title, faults in found.items():
         print(f"{title}: {'; '.join(faults) or 'as the page says'}")

@@ -96,6 +96,7 @@ std::string metadataText(std::string_view type, std::string_view bytes) {
         return numbers<float>(bytes);
     if (isOneOf(type, {"double", "v2d", "v3d", "m33d", "m44d"})) return numbers<double>(bytes);
     if (type.starts_with("int[")) return numbers<std::int32_t>(bytes);
+    if (type == "uint16") return numbers<std::uint16_t>(bytes);
     if (type == "compression" && bytes.size() == 1 &&
         static_cast<unsigned char>(bytes[0]) < CompressionNames.size())
         return std::string(CompressionNames[static_cast<unsigned char>(bytes[0])]);
