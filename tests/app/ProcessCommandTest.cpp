@@ -233,7 +233,7 @@ TEST_F(PlimeProcess, clipping_isSaidOnce) {
 TEST_F(PlimeProcess, valuesBelowZero_areSaidWithTheSmallest) {
     Picture input = ramp(2, 1);
     const std::string before = "plime: warning: " + at("out.png") + ": ";
-    const std::string after = ". Write .exr to keep them.\n";
+    const std::string after = ". Write .exr to keep them, or say --clip.\n";
     const Words same = {"--with", "Hollywood/TileProgram", "-p",
                         "code=uniform sampler2D frame; void main() { gl_FragColor = texture2D(frame, "
                         "gl_TexCoord[0].xy); }"};
@@ -246,12 +246,28 @@ TEST_F(PlimeProcess, valuesBelowZero_areSaidWithTheSmallest) {
               before + "2 values were clipped to uint16, the smallest was -2.0" + after, "out.png");
 }
 
+TEST_F(PlimeProcess, fewClippedValues_areANote_andNoneIsToldToWhoAskedForThem) {
+    Picture input = ramp(100, 100);
+    input.pixels.assign(10000, pixel(0.5F, 0.5F, 0.5F));
+    for (std::size_t i = 0; i < 10; ++i) input.pixels[i] = pixel(1, 9, 1);
+    const Words words = Words{"process", picture("in.exr", input), "-o", at("out.png")} + Gamma;
+    EXPECT_EQ(messagesOf(words), "plime: 1 note, -v shows it.\n");
+    expectHas(messagesOf(words + Words{"-v"}),
+              "plime: note: " + at("out.png") +
+                  ": 10 values were clipped to uint16, the largest was 27.0. "
+                  "Write .exr to keep them, or say --clip.\n");
+    input.pixels[10] = pixel(1, 9, 1);
+    static_cast<void>(picture("in.exr", input));
+    expectHas(messagesOf(words), "plime: warning: " + at("out.png") + ": 11 values were clipped to uint16");
+    EXPECT_EQ(messagesOf(words + Words{"--clip"}), "");
+}
+
 TEST_F(PlimeProcess, notANumber_isCountedOnItsOwn) {
     Picture input = ramp(3, 1);
     input.pixels[0] = pixel(-1, 0.5F, -1); // no power of 1.5
     const std::string path = picture("in.exr", input);
     const std::string before = "plime: warning: " + at("out.png") + ": ";
-    const std::string after = ". Write .exr to keep them.\n";
+    const std::string after = ". Write .exr to keep them, or say --clip.\n";
     processed(path, Gamma,
               before + "2 values were clipped to uint16, the largest was 4.26171875" + after + before +
                   "2 values are not numbers and were written as 0" + after,

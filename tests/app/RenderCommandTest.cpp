@@ -140,13 +140,11 @@ TEST_F(PlimeRender, settingsOfAGeneratedScene_areObeyed_andKept) {
                       drawing("demo:galaxy", at("no.exr")) + Words{"--set", setting});
 }
 
-TEST_F(PlimeRender, withoutNetwork_thePictureKeepsNone) {
-    EXPECT_EQ(saidOf("demo:knot", "bare.exr", {"--no-network"}), "");
-    EXPECT_EQ(readPicture(at("bare.exr")).description.find(workbench::NetworkName), nullptr);
-    EXPECT_EQ(saidOf("demo:knot", "kept.jpg", {}), "");
-    succeed(Words{"process", at("kept.jpg"), "-o", at("bare.jpg"), "--no-network", "--with",
-                  "Hollywood/GammaCorrection"});
-    EXPECT_EQ(readPicture(at("bare.jpg")).description.find(workbench::NetworkName), nullptr);
+TEST_F(PlimeRender, valuesThatAFormulaMakesNoNumbers_areANote) {
+    const Words hue = {"--display", "Display/HSVAdjust", "-p", "hue=120", "-v"};
+    const std::string said = saidOf("demo:knot", "hue.png", hue);
+    expectHas(said, "plime: note: " + at("hue.png") + ": ");
+    EXPECT_EQ(occurrences(said, "warning"), 0U) << said;
 }
 
 TEST_F(PlimeRender, samplesThatTheDriverHasNot_areToldToThoseWhoAskedForThem) {
@@ -213,7 +211,7 @@ TEST_F(PlimeRender, clipping_isSaidOnce) {
     EXPECT_EQ(occurrences(text, "\n"), 1U) << text;
     EXPECT_TRUE(text.starts_with("plime: warning: " + at("galaxy.png") + ": ")) << text;
     expectHas(text, " values were clipped to uint16, the largest was ");
-    expectHas(text, ". Write .exr to keep them.\n");
+    expectHas(text, ". Write .exr to keep them, or say --clip.\n");
     EXPECT_EQ(saidOf("demo:galaxy", "quiet.png", {"-q"}), "");
 }
 

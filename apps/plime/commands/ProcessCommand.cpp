@@ -30,6 +30,8 @@ never a file that the command reads.
                     of 8 bits comes an 8-bit PNG, of more a 16-bit one
   --srgb            encodes the colours for viewing
   --no-network      does not keep in the picture how it is made
+  --clip            takes values that OUT cannot hold to the next that it can,
+                    without a word
   --tile N          lets shader processors take a picture of up to N pixels a
                     side as one tile, 64 at least; 4096 unless asked otherwise,
                     and as many as driver and memory allow where a shader works
@@ -40,19 +42,18 @@ never a file that the command reads.
                     left in OUT.parts; without it all are made anew
   --save-network FILE   writes how the picture is made, for "plime run"; with
                     one IN only
-  --no-network      does not keep that in OUT, where photo programs may show it
-                    as the caption
 
 Modules that work without a shader take pictures of any size, strip by strip.
 For shaders, a picture larger than one tile is cut into equal tiles of at most
 2048 pixels a side. A shader that works with the place in the tile does
-something else then, and a warning says so. Hollywood/PixelBlur measures in shares of a
-tile; its sharpness s needs an overlap of 0.01/s of the tile, with less the
-borders of tiles can be seen.
+something else then, and a warning says so. Hollywood/PixelBlur measures in
+shares of a tile; its sharpness s needs an overlap of 0.01/s of the tile, with
+less the borders of tiles can be seen.
 
 With several pictures, OUT must lead each to a file of its own. One that fails
 does not stop the others: its error is told at once, which ones failed again at
-the end, and the exit code is 1. A shader that does not compile stops all at once.
+the end, and the exit code is 1. A shader that does not compile stops all at
+once.
 
 Examples:
   plime process sky.exr -o darker.exr --with Hollywood/GammaCorrection
@@ -132,7 +133,6 @@ public:
         for (const auto& module : chain.instances()) provenance.addProcessor(*module);
         OpenGLOnDemand openGL(session.options());
         NetworkOutput networks = networksOf(session, jobs);
-        if (wish.noNetwork) networks.keepOutOfPictures();
         PictureProcessing processing(session, openGL, chain, wish, tiling, provenance, networks, resume);
         if (jobs.size() == 1) {
             networks.save(processing.process(jobs.front()));

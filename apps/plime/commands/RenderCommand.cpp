@@ -37,6 +37,8 @@ is shown on a plane, or a generated scene, demo:NAME.
                       HDR is float, PNG uint16 and JPEG uint8
   --srgb              encodes the colours for viewing
   --no-network        does not keep in the picture how it is made
+  --clip              takes values that OUT cannot hold to the next that it can,
+                      without a word
   --size WxH          1280x720 unless asked otherwise
   --samples N         sets "samples" of each display that has no -p samples;
                       says where that changes nothing
@@ -54,7 +56,6 @@ is shown on a plane, or a generated scene, demo:NAME.
   --resume            takes the tiles that an interrupted run of this command
                       has left in OUT.parts; without it all are drawn anew
   --save-network FILE   writes how the picture is made, for "plime run"
-  --no-network        does not keep that in the picture itself
   --list-demos        lists the generated scenes
 
 Points add up, and intensities far above 1 are kept: write .exr, or add --srgb.
@@ -213,7 +214,6 @@ private:
     void draw(Session& session, const ModuleInstance& scene, const Displays& displays,
               const TileChain& chain) const {
         NetworkOutput networks(session.report(), network, session.options().noClobber);
-        if (wish.noNetwork) networks.keepOutOfPictures();
         Provenance provenance;
         RenderTask task{scene, *input, {}, chain, pool, view, wish, networks, resume};
         std::string last = provenance.add(scene);

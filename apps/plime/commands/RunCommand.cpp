@@ -41,7 +41,7 @@ are, and the format is that of the first time.
   --size WxH, --camera …, --up …, --background …
                       instead of what the network says of its drawn views, as
                       "plime render" takes them
-  --no-network        keeps no network in the pictures
+  --clip              as "plime render" takes it
   --tile N, --overlap N   tiles, as "plime render" and "plime process" take them
   --resume            takes the tiles that an interrupted run has left
 
@@ -105,7 +105,6 @@ public:
         requireSafe(session, modules, network, outputs);
         OpenGLOnDemand openGL(session.options());
         NetworkOutput networks(session.report(), outputs.size());
-        if (wish.noNetwork) networks.keepOutOfPictures();
         for (std::size_t i = 0; i < outputs.size(); ++i) {
             wishFor(outputs[i], network.views[i], asked, session.report());
             try {

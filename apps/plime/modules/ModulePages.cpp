@@ -104,6 +104,8 @@ std::string ModulePage::meaningsText(std::size_t columns) const {
 ModulePage readModulePage(std::string file, std::string_view markdown) {
     ModulePage page;
     page.file = std::move(file);
+    for (const std::string_view words : {"NaN", "no numbers"})
+        page.tellsOfNaN |= markdown.find(words) != std::string_view::npos;
     const std::size_t table = markdown.find(TableBegin);
     std::string_view rows = markdown.substr(std::min(table + TableBegin.size(), markdown.size()));
     rows = rows.substr(0, rows.find(TableEnd));
@@ -127,6 +129,11 @@ const ModulePage* pageOf(const CatalogueEntry& entry) {
     };
     const auto found = std::ranges::find_if(pages(), isMeant);
     return found == pages().end() ? nullptr : &*found;
+}
+
+bool makesNaN(const CatalogueEntry& entry) {
+    const ModulePage* const page = pageOf(entry);
+    return page && page->tellsOfNaN;
 }
 
 } // namespace workbench

@@ -17,6 +17,8 @@ struct ModulePage {
     std::string summary; ///< the first paragraph, in one line
     std::vector<std::pair<std::string, std::string>> meanings; ///< of the parameters, by name, in their order
 
+    bool tellsOfNaN = false; ///< the module's formula makes values that are no numbers, and the page says so
+
     /// The first sentence of the summary, without its full stop.
     [[nodiscard]] std::string sentence() const;
     /// A line or more for each parameter, wrapped at so many columns.
@@ -28,5 +30,8 @@ struct ModulePage {
 
 /// The page of a module; null for a module without one.
 [[nodiscard]] const ModulePage* pageOf(const CatalogueEntry& entry);
+
+/// Whether the page of a module says that its formula makes values that are no numbers.
+[[nodiscard]] bool makesNaN(const CatalogueEntry& entry);
 
 } // namespace workbench

@@ -110,7 +110,6 @@ NetworkOutput::NetworkOutput(Report& report, const std::optional<std::string>& p
 
 std::string NetworkOutput::lineFor(const Provenance& provenance) {
     requireSavable(provenance.network());
-    if (!inPictures) return "";
     try {
         return exactTextOf(provenance.kept(), NetworkLayout::OneLine);
     } catch (const Failure& failure) {

@@ -72,8 +72,6 @@ public:
     /// Failure(Output).
     NetworkOutput(Report& report, const std::optional<std::string>& path, bool noClobber);
 
-    /// Pictures keep no network.
-    void keepOutOfPictures() noexcept { inPictures = false; }
     /// The line that a picture keeps; empty where it keeps none. Before the work on it: throws Failure(Network) where save would. Without a
     /// file a network that could not be read again as it is becomes a warning, once per cause, and an empty line.
     [[nodiscard]] std::string lineFor(const Provenance& provenance);
@@ -86,7 +84,7 @@ private:
     void warnOf(Diagnostic cause, const Provenance& provenance);
 
     Report& report;
-    bool isForSeveral = false, noClobber = false, inPictures = true;
+    bool isForSeveral = false, noClobber = false;
     std::optional<std::filesystem::path> file;
     std::set<std::string> told; ///< sentences
 };

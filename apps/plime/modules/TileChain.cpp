@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "apps/plime/modules/TileChain.h"
 
+#include "apps/plime/modules/ModulePages.h"
 #include "apps/plime/modules/ShaderFacts.h"
 #include "workbench/core/InputCreatorRegistry.h"
 #include "workbench/gl/DrawingWatch.h"
@@ -127,6 +128,11 @@ const ModuleInstance* TileChain::dependentOnTile() const {
         if (const auto* const shader = shaderOf(processors[i]); shader && asksForPlace(shader->shaderCode()))
             return modules[i].get();
     return nullptr;
+}
+
+bool TileChain::makesNaN() const {
+    return std::ranges::any_of(modules,
+                               [](const auto& module) { return workbench::makesNaN(module->entry()); });
 }
 
 void TileChain::compile() const {

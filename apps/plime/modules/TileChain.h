@@ -54,6 +54,8 @@ public:
     /// The first module whose shader works with the place in the tile beyond looking up its own pixel, so that
     /// a picture that is cut comes out differently; null when there is none. After prepare().
     [[nodiscard]] const ModuleInstance* dependentOnTile() const;
+    /// Whether the formula of one of the modules makes values that are no numbers.
+    [[nodiscard]] bool makesNaN() const;
     /// Has every processor that draws with OpenGL draw one pixel, so that programs are compiled. Throws as
     /// process().
     void compile() const;

@@ -24,6 +24,7 @@ void OutputWish::addTo(Syntax& syntax) {
     syntax.options.push_back({"-o,--output", &path});
     syntax.options.push_back({"-d,--depth", &depth});
     syntax.options.push_back({"--srgb", &srgb});
+    syntax.options.push_back({"--clip", &clip});
     syntax.options.push_back({"--no-network", &noNetwork});
 }
 
@@ -62,7 +63,10 @@ Failure interruptedAfter(std::size_t written, std::size_t all, const Failure& in
 
 PictureOutput::PictureOutput(const OutputWish& wish, const GlobalOptions& global,
                              const PictureDescription& description, int tileSide)
-    : path(wish.requirePath()) {
+    : path(wish.requirePath()),
+      clip(wish.clip),
+      pixelCount(static_cast<std::uint64_t>(description.width) *
+                 static_cast<std::uint64_t>(description.height)) {
     WriteOptions options = wish.writeOptions(global);
     options.tileSide = tileSide;
     PictureDescription written = description;
@@ -82,25 +86,40 @@ void PictureOutput::writeBlock(const PixelWindow& part, const krod::RGBAHalf* pi
     writer->writeBlock(part, pixels);
 }
 
-void PictureOutput::finish(Report& report) {
+/// A warning where more than a thousandth of the pixels may be concerned.
+void PictureOutput::tell(Report& report, std::uint64_t values, bool isExpected,
+                         const Diagnostic& message) const {
+    constexpr std::uint64_t Noticeable = 1000;
+    if (values == 0 || clip) return;
+    if (values > pixelCount / Noticeable && !isExpected)
+        report.warning(message);
+    else
+        report.note(message);
+}
+
+void PictureOutput::tellOfValues(Report& report, bool formulaMakesNaN) const {
+    const std::string advice = "Write .exr to keep them, or say --clip";
+    tell(report, writer->clippedCount(), false,
+         {path,
+          std::to_string(writer->clippedCount()) + " values were clipped to " +
+              std::string(depthName(writer->depth())) + ", " + extremesText(*writer),
+          "",
+          "",
+          advice,
+          {}});
+    tell(report, writer->notNumberCount(), formulaMakesNaN,
+         {path,
+          std::to_string(writer->notNumberCount()) + " values are not numbers and were written as 0",
+          "",
+          "",
+          advice,
+          {}});
+}
+
+void PictureOutput::finish(Report& report, bool formulaMakesNaN) {
     throwIfInterrupted();
     writer->finish();
-    if (writer->clippedCount() > 0)
-        report.warning({path,
-                        std::to_string(writer->clippedCount()) + " values were clipped to " +
-                            std::string(depthName(writer->depth())) + ", " + extremesText(*writer),
-                        "",
-                        "",
-                        "Write .exr to keep them",
-                        {}});
-    if (writer->notNumberCount() > 0)
-        report.warning(
-            {path,
-             std::to_string(writer->notNumberCount()) + " values are not numbers and were written as 0",
-             "",
-             "",
-             "Write .exr to keep them",
-             {}});
+    tellOfValues(report, formulaMakesNaN);
     if (writer->dropped().empty()) return;
     std::string names;
     for (const std::string& name : writer->dropped()) names += (names.empty() ? "" : ", ") + name;

@@ -19,6 +19,7 @@ struct OutputWish {
     std::optional<std::string> depth;
     bool srgb = false;
     bool noNetwork = false; ///< how it is made is not kept in it
+    bool clip = false;      ///< values that the format cannot hold are not told
 
     /// Adds the options to a command's syntax.
     void addTo(Syntax& syntax);
@@ -47,12 +48,18 @@ public:
     /// Throws Failure(Output) unless the disk has room for the picture, as large as it can become, and for so
     /// many bytes of finished tiles. Before the work.
     void requireRoom(std::uint64_t tiles) const;
-    /// Completes the file, and tells about clipped values and dropped channels. Throws Failure(Interrupted)
-    /// when a signal has come: then nothing is left.
-    void finish(Report& report);
+    /// Completes the file, and tells about clipped values and dropped channels: as a warning where many pixels are
+    /// concerned, else as a note, and values that are no numbers as a note, too, where a module's formula is known
+    /// to make them. Throws Failure(Interrupted) when a signal has come: then nothing is left.
+    void finish(Report& report, bool formulaMakesNaN = false);
 
 private:
+    void tell(Report& report, std::uint64_t values, bool isExpected, const Diagnostic& message) const;
+    void tellOfValues(Report& report, bool formulaMakesNaN) const;
+
     std::string path;
+    bool clip = false;
+    std::uint64_t pixelCount = 0;
     std::unique_ptr<PictureWriter> writer;
 };
 

@@ -188,7 +188,7 @@ void PictureProcessing::writeProcessed(PictureReader& reader, const TilePlan& pl
     };
     processTiles(chain, plan, reader, output, done, journal);
     shown.line.clear();
-    output.finish(session.report());
+    output.finish(session.report(), chain.makesNaN());
 }
 
 /// The text of the job that tiles belong to; the file's depth and curve do not change them.

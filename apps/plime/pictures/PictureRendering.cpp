@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "apps/plime/pictures/PictureRendering.h"
 
+#include "apps/plime/modules/ModulePages.h"
 #include "apps/plime/modules/SceneInput.h"
 #include "apps/plime/pictures/DrawingPlan.h"
 #include "apps/plime/pictures/KeptTiles.h"
@@ -202,6 +203,12 @@ std::string jobOf(const Session& session, const RenderSession& rendering, const 
     return jobText(session, rendering, fingerprintOf(provenance.kept()), modules, fileOf(task));
 }
 
+bool makesNaN(const RenderTask& task) {
+    return task.chain.makesNaN() || std::ranges::any_of(task.displays, [](const ModuleInstance* display) {
+               return makesNaN(display->entry());
+           });
+}
+
 /// One attempt. Throws GraphicsMemoryFailure when a tile does not fit into the memory for graphics.
 void drawToFile(Session& session, OpenGLOnDemand& openGL, const RenderTask& task, Provenance& provenance,
                 FrameSetup setup, TileAttempt& attempt) {
@@ -229,7 +236,7 @@ void drawToFile(Session& session, OpenGLOnDemand& openGL, const RenderTask& task
                              planned.inBlocks ? StoredTileSide : 0);
         output.requireRoom(drawing.journal ? drawing.journal->missingBytes(pixelCount(setup)) : 0);
         writeDrawn(task, plan, drawing, description, planned.inBlocks, output);
-        output.finish(session.report());
+        output.finish(session.report(), makesNaN(task));
     };
     if (tiles.size() == 1) {
         draw();
