@@ -26,7 +26,7 @@ TEST(Plime, suggests_commands_options_and_topics) {
     expectUsageError({"list", "--pluign=x"},
                      "--pluign: is not an option of \"plime list\". Did you mean \"--plugin\"?");
     expectUsageError({"help", "desribe"},
-                     "desribe: is neither a command nor the key of a module. Did you mean \"describe\"?");
+                     "desribe: is neither a command, nor the key of a module, nor a subject. Did you mean \"describe\"?");
 }
 
 TEST(Plime, refuses_words_values_and_settings_that_do_not_belong) {
