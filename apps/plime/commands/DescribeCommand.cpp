@@ -16,8 +16,9 @@ namespace {
 constexpr std::string_view Help = R"(Usage: plime describe KEY[@SOURCE] [--json]
 
 Shows what a module does, its parameters with type, initial value, limits and
-meaning, what it can be connected to, and what it gives. Parameters with an expert level
-above 0 are for special cases. Where two modules share a key, both are shown.
+meaning, what it can be connected to, and what it gives. Parameters with an
+expert level above 0 are for special cases. Where two modules share a key, both
+are shown.
 
   --json   an object for scripts; an array where two modules share the key
 

@@ -14,8 +14,8 @@ constexpr std::string_view Help = R"(Usage: plime process IN… -o OUT --with KE
 
 Runs tile processors over pictures, in the order of their --with. Values stay as
 they are stored: nothing is clipped between modules, alpha is never multiplied.
-Reads and writes EXR, PNG, TIFF, JPEG and HDR; the name of OUT says which. OUT is
-never a file that the command reads.
+Reads and writes EXR, PNG, TIFF, JPEG and HDR; the name of OUT says which.
+OUT is never a file that the command reads.
 
   --with KEY        a tile processor; "plime list" shows them under Hollywood
   -p NAME=VALUE     sets a parameter of the --with before it; code=@FILE reads

@@ -26,8 +26,8 @@ update. No OpenGL is needed.
   -p NAME=VALUE   sets a parameter; code=@FILE reads the value from a file
   --unset NAME    makes a parameter unreadable: the module falls back
   --unchecked     accepts values outside of their limits
-  --body          writes the part alone that a file of your own can replace, whose
-                  name -v tells; see "plime help shaders"
+  --body          writes the part alone that a file of your own can replace; -v
+                  tells the file's name, see "plime help shaders"
   --as-compiled   shows the text as this host gives it to the driver, with the
                   shims that some drivers need
 
