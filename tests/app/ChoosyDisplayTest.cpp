@@ -52,9 +52,9 @@ TEST(Plime_choosy_display, is_not_connected_to_what_it_does_not_accept) {
 TEST(Plime_choosy_display, of_a_network_is_refused_with_its_line) {
     const Result result = runNetwork("knot");
     EXPECT_EQ(result.code, 8);
-    EXPECT_NE(
-        result.error.find("line 4: picky: knot cannot be its input, since the display does not accept it."),
-        std::string::npos)
+    EXPECT_NE(result.error.find(
+                  "line 4: picky takes an object that the display does not accept — got knot, Scene/Knot."),
+              std::string::npos)
         << result.error;
 }
 

@@ -129,8 +129,9 @@ void NetworkModules::connect(const NetworkObject& object) {
                       "a scene or a display", object.input + ", " + source.entry().key);
     try {
         display->setInput(drawn);
-    } catch (const std::invalid_argument& refusal) {
-        refuseNetwork(who, object.place, refusal.what());
+    } catch (const std::invalid_argument&) { // circles were refused before any module was made
+        refuseNetwork(who, object.place, object.name + " takes an object that the display does not accept",
+                      "", object.input + ", " + source.entry().key);
     }
 }
 
