@@ -50,7 +50,7 @@ void fillRows(int side, int first, int count, krod::RGBAHalf* out) {
 void writePictureFile(const std::string& path, const PictureFormat& format, int side) {
     workbench::PictureDescription description;
     description.width = description.height = side;
-    description.hasAlpha = true;
+    description.hasAlpha = description.alphaIsAssociated = true;
     if (format.isExr)
         description.metadata = {{"compression", "compression", "", std::string(1, format.compression)}};
     else

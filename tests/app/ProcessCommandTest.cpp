@@ -42,7 +42,7 @@ std::vector<krod::RGBAHalf> coloured(std::vector<krod::RGBAHalf> pixels) {
 
 /// From 1/32 to 4, alpha from 0.25 to 1: nothing awkward.
 Picture ramp(int width, int height) {
-    Picture picture = gradient(width, height);
+    Picture picture = associatedGradient(width, height);
     for (krod::RGBAHalf& p : picture.pixels)
         p = pixel(float(p.r) * 3.9F + 0.03F, float(p.g) * 0.9F + 0.05F, float(p.b) + 0.1F,
                   0.25F + 0.75F * float(p.a));
@@ -205,7 +205,8 @@ TEST_F(PlimeProcess, overflowOnReading_isCountedAndSaid) {
                           std::string("\x80\x80\x80\x91\x80\x80\x80\x81", 8)); // 2^16 and 1, three times each
     const Picture output =
         processed(path, Gamma,
-                  "plime: warning: " + path + ": 3 values are too large for a half and became infinite.\n");
+                  "plime: warning: " + path +
+                      ": 3 values are too large for a half, the largest 65536.0, and became 65504.\n");
     EXPECT_TRUE(isinf(output.pixels.at(0).r));
     EXPECT_EQ(float(output.pixels.at(1).r), 1.0F);
 }
@@ -268,15 +269,22 @@ TEST_F(PlimeProcess, notANumber_isCountedOnItsOwn) {
     const std::string path = picture("in.exr", input);
     const std::string before = "plime: warning: " + at("out.png") + ": ";
     const std::string after = ". Write .exr to keep them, or say --clip.\n";
+    const auto cause = [](const std::string& in) {
+        return "plime: warning: " + in +
+               ": 1 pixels became no numbers because they have values below 0, as a power makes of them. "
+               "--clip-negative makes values below 0 to 0 before the modules.\n";
+    };
     processed(path, Gamma,
               before + "2 values were clipped to uint16, the largest was 4.26171875" + after + before +
-                  "2 values are not numbers and were written as 0" + after,
+                  "1 pixels have values that are not numbers and were written as grey.\n" + cause(path),
               "out.png");
     input.pixels.resize(1);
     input.description.width = 1;
     processed(picture("nan.exr", input), Gamma,
-              before + "2 values are not numbers and were written as 0" + after, "out.png");
-    EXPECT_EQ(float(readPicture(at("out.png")).pixels[0].r), 0.0F);
+              before + "1 pixels have values that are not numbers and were written as grey.\n" +
+                  cause(at("nan.exr")),
+              "out.png");
+    EXPECT_NEAR(float(readPicture(at("out.png")).pixels[0].r), 0.3535F, 0.001F); // of 0.5, its green
 }
 
 TEST_F(PlimeProcess, linesOfModules_areOnStandardErrorWithVerboseAlone) {

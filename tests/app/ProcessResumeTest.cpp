@@ -12,7 +12,7 @@ const std::string AllTiles = "25";
 workbench::Picture noise(unsigned seed) {
     workbench::Picture picture;
     picture.description.width = picture.description.height = Side;
-    picture.description.hasAlpha = true;
+    picture.description.hasAlpha = picture.description.alphaIsAssociated = true;
     const auto next = [&] {
         seed = seed * 1664525U + 1013904223U; // a linear congruential generator
         return static_cast<float>(seed >> 8U) * 0x1p-24F + 0.01F;

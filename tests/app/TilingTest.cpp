@@ -18,7 +18,7 @@ const Words Colours = {"--with", "Hollywood/ColorGammaCorrection", "-p", "red=-0
 const Words Blur = {"--with", "Hollywood/PixelBlur", "-p", "sharpness=0.1", "-p", "brightness=1"};
 
 Picture ramp(int width, int height) {
-    Picture picture = gradient(width, height);
+    Picture picture = associatedGradient(width, height);
     for (krod::RGBAHalf& p : picture.pixels)
         p = pixel(float(p.r) * 3.9F + 0.03F, float(p.g) * 0.9F + 0.05F, float(p.b) + 0.1F, 0.5F + float(p.a));
     return picture;

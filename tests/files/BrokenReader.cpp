@@ -82,7 +82,7 @@ private:
         if (first <= WrongRow && WrongRow < first + count && name.ends_with("AtRow"))
             goWrong(name.substr(0, name.find("AtRow")));
         if (name == "slow") workHard();
-        if (name == "lieOverflows") countOverflows(first, 1000000);
+        if (name == "lieOverflows") countLoss(first, {.overflows = 1000000});
         for (int i = 0; i < count * about.width; ++i) {
             const half_float::half row(static_cast<float>(first + i / about.width));
             out[i] = {row, row, row, row};

@@ -31,7 +31,7 @@ protected:
     static Picture allPatterns() {
         Picture picture;
         picture.description.width = picture.description.height = 256;
-        picture.description.hasAlpha = true;
+        picture.description.hasAlpha = picture.description.alphaIsAssociated = true;
         for (unsigned i = 0; i < 65536; ++i) {
             const auto bits = static_cast<std::uint16_t>(i);
             picture.pixels.push_back(pixelOfBits(bits, static_cast<std::uint16_t>(bits ^ 0x5555U),
@@ -62,7 +62,7 @@ void writeChannels(const std::filesystem::path& path, Imf::Header header, Imf::P
 } // namespace
 
 TEST_F(ExrTest, Exr_allHalfPatterns_passBitForBit) {
-    for (const auto compression : {ExrCompression::Keep, ExrCompression::None}) {
+    for (const std::optional<std::string> compression : {std::optional<std::string>(), {"none"}}) {
         const Picture picture = allPatterns();
         writePicture(folder / "a.exr", picture, {.compression = compression});
         const Picture again = readPicture(folder / "a.exr");
@@ -70,8 +70,7 @@ TEST_F(ExrTest, Exr_allHalfPatterns_passBitForBit) {
         EXPECT_EQ(again.description.depth, PixelDepth::Half);
         EXPECT_TRUE(again.description.hasAlpha);
         EXPECT_FALSE(again.description.isGrey);
-        EXPECT_EQ(again.description.find("compression")->text,
-                  compression == ExrCompression::Keep ? "zip" : "none");
+        EXPECT_EQ(again.description.find("compression")->text, compression.value_or("zip"));
     }
 }
 
@@ -105,11 +104,11 @@ TEST_F(ExrTest, Exr_floatChannels_areConvertedAndOverflowsCountedOnce) {
     const auto reader = PictureReader::open(folder / "a.exr");
     std::vector<krod::RGBAHalf> pixels(100 * 100);
     reader->readRows(0, 100, pixels.data());
-    EXPECT_EQ(reader->overflowCount(), 6U);
+    EXPECT_EQ(reader->loss().overflows, 6U);
     reader->readRows(0, 100, pixels.data());
-    EXPECT_EQ(reader->overflowCount(), 6U);
+    EXPECT_EQ(reader->loss().overflows, 6U);
     EXPECT_EQ(reader->description().depth, PixelDepth::Float);
-    EXPECT_EQ(bitsOf(pixels[0].r), 0x7c00);
+    EXPECT_EQ(bitsOf(pixels[0].r), 0x7bff);
     EXPECT_EQ(bitsOf(pixels[1].g), bitsOf(half_float::half(0.1F)));
 }
 
@@ -121,11 +120,11 @@ TEST_F(ExrTest, Exr_uintColour_isReadAsItsNumber) {
     std::vector<krod::RGBAHalf> pixels(4);
     reader->readRows(0, 2, pixels.data());
     EXPECT_EQ(pixels[2].b, 4.0F);
-    EXPECT_EQ(reader->overflowCount(), 3U);
+    EXPECT_EQ(reader->loss().overflows, 3U);
 }
 
 TEST_F(ExrTest, Exr_depthFloat_isWrittenAsFloat) {
-    const Picture picture = gradient(16, 16);
+    const Picture picture = associatedGradient(16, 16);
     writePicture(folder / "a.exr", picture, {.depth = PixelDepth::Float});
     const Picture again = readPicture(folder / "a.exr");
     EXPECT_EQ(again.description.depth, PixelDepth::Float);
@@ -133,7 +132,7 @@ TEST_F(ExrTest, Exr_depthFloat_isWrittenAsFloat) {
 }
 
 TEST_F(ExrTest, Exr_srgb_encodesColourOnly) {
-    Picture picture = gradient(1, 1);
+    Picture picture = associatedGradient(1, 1);
     picture.pixels = {pixel(0.214041F, 0, 1, 0.5F)};
     writePicture(folder / "a.exr", picture, {.srgb = true});
     expectNear(readPicture(folder / "a.exr").pixels, {pixel(0.5F, 0, 1, 0.5F)}, 0.0005F);
@@ -220,7 +219,7 @@ TEST_F(ExrTest, Exr_colourInALayer_isFoundAndKeepsItsNames) {
 }
 
 TEST_F(ExrTest, Exr_additionalChannels_passBitForBit) {
-    Picture picture = gradient(70, 90);
+    Picture picture = associatedGradient(70, 90);
     picture.description.extraChannels = {
         {"Z", ExtraType::Float}, {"id", ExtraType::UInt}, {"mask", ExtraType::Half}};
     for (const auto& channel : picture.description.extraChannels) {
@@ -239,7 +238,7 @@ TEST_F(ExrTest, Exr_additionalChannels_passBitForBit) {
 }
 
 TEST_F(ExrTest, Exr_additionalChannelsWithoutTheirRows_areAProgrammingError) {
-    Picture picture = gradient(4, 4);
+    Picture picture = associatedGradient(4, 4);
     picture.description.extraChannels = {{"Z", ExtraType::Float}};
     EXPECT_THROW(writePicture(folder / "a.exr", picture), std::logic_error);
     EXPECT_EQ(filesInFolder(), 0);
@@ -286,7 +285,7 @@ TEST_F(ExrTest, Exr_headOfTheInput_isKept) {
 }
 
 TEST_F(ExrTest, Exr_attributeOfAnUnknownType_isKept) {
-    Picture picture = gradient(2, 2);
+    Picture picture = associatedGradient(2, 2);
     picture.description.metadata.push_back({"private", "somebodysType", "", std::string("\0\1\2\xff", 4)});
     writePicture(folder / "a.exr", picture);
     const Picture again = readPicture(folder / "a.exr");
@@ -296,7 +295,7 @@ TEST_F(ExrTest, Exr_attributeOfAnUnknownType_isKept) {
 }
 
 TEST_F(ExrTest, Exr_attributeThatClashes_isNamedAsDropped) {
-    PictureDescription description = gradient(2, 2).description;
+    PictureDescription description = associatedGradient(2, 2).description;
     description.setText("pixelAspectRatio", "wide");
     const auto writer = PictureWriter::create(folder / "a.exr", description);
     EXPECT_EQ(writer->dropped(), std::vector<std::string>{"pixelAspectRatio"});
@@ -311,12 +310,12 @@ TEST_F(ExrTest, Exr_panoramasOfBlender_areReadAndPassUnchanged) {
     float largest = 0;
     for (const auto& p : picture.pixels) largest = std::max(largest, static_cast<float>(p.r));
     EXPECT_GT(largest, 10000.0F);
-    writePicture(folder / "a.exr", picture, {.compression = ExrCompression::None});
+    writePicture(folder / "a.exr", picture, {.compression = "none"});
     expectSameBits(readPicture(folder / "a.exr").pixels, picture.pixels);
 }
 
 TEST_F(ExrTest, Exr_rowsOutOfOrder_areAProgrammingError) {
-    const Picture picture = gradient(4, 4);
+    const Picture picture = associatedGradient(4, 4);
     const auto writer = PictureWriter::create(folder / "a.exr", picture.description);
     EXPECT_THROW(writer->writeRows(1, 1, picture.pixels.data()), std::logic_error);
     writer->writeRows(0, 2, picture.pixels.data());
@@ -325,7 +324,7 @@ TEST_F(ExrTest, Exr_rowsOutOfOrder_areAProgrammingError) {
 
 TEST_F(ExrTest, Exr_unfinished_leavesNothing) {
     {
-        const Picture picture = gradient(4, 4);
+        const Picture picture = associatedGradient(4, 4);
         const auto writer = PictureWriter::create(folder / "a.exr", picture.description);
         writer->writeRows(0, 2, picture.pixels.data());
     }
@@ -341,8 +340,11 @@ TEST_F(ExrTest, blocks_areStoredInTiles_bitForBit) {
     WriteOptions options;
     options.tileSide = 64;
     const auto writer = PictureWriter::create(folder / "a.exr", picture.description, options);
-    for (const PixelWindow part : {PixelWindow{128, 64, 122, 192}, {0, 0, 128, 64}, {128, 0, 122, 64},
-                                   {0, 64, 64, 192}, {64, 64, 64, 192}}) {
+    for (const PixelWindow part : {PixelWindow{128, 64, 122, 192},
+                                   {0, 0, 128, 64},
+                                   {128, 0, 122, 64},
+                                   {0, 64, 64, 192},
+                                   {64, 64, 64, 192}}) {
         std::vector<krod::RGBAHalf> pixels;
         for (int y = part.y; y < part.y + part.height; ++y)
             for (int x = part.x; x < part.x + part.width; ++x)
@@ -385,7 +387,7 @@ TEST_F(ExrTest, reader_saysWhatItHolds) {
         writer->finish();
         return PictureReader::open(folder / "a.exr")->description().readerBytes;
     };
-    EXPECT_EQ(bytesOf(64), 256U * 8 * (64 + 64));          // a row of tiles, and a step of rows
-    EXPECT_EQ(bytesOf(256), 256U * 8 * (256 + 64));        // high tiles
-    EXPECT_EQ(bytesOf(0), 256U * 8 * (3 * 8 * 16 + 64));   // ZIP: blocks of 16 rows
+    EXPECT_EQ(bytesOf(64), 256U * 8 * (64 + 64));        // a row of tiles, and a step of rows
+    EXPECT_EQ(bytesOf(256), 256U * 8 * (256 + 64));      // high tiles
+    EXPECT_EQ(bytesOf(0), 256U * 8 * (3 * 8 * 16 + 64)); // ZIP: blocks of 16 rows
 }

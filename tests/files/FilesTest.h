@@ -102,6 +102,13 @@ inline workbench::Picture gradient(int width, int height, bool alpha = true) {
     return picture;
 }
 
+/// The same as EXR means it: colors are multiplied by alpha already.
+inline workbench::Picture associatedGradient(int width, int height) {
+    workbench::Picture picture = gradient(width, height);
+    picture.description.alphaIsAssociated = true;
+    return picture;
+}
+
 /// Expects the same bits in every pixel.
 inline void expectSameBits(const std::vector<krod::RGBAHalf>& got,
                            const std::vector<krod::RGBAHalf>& expected) {

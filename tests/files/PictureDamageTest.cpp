@@ -47,15 +47,17 @@ TEST_F(PictureDamageTest, CheckPictureSize_limits_areExact) {
     const auto check = [](std::int64_t width, std::int64_t height, std::int64_t channels,
                           std::uint64_t size) { checkPictureSize("a", width, height, channels, 8, size); };
     const std::uint64_t large = std::uint64_t{1} << 40;
-    EXPECT_NO_THROW(check(131072, 16384, 64, large));
+    EXPECT_NO_THROW(check(131072, 16384, 1024, large));
     EXPECT_THROW(check(131073, 1, 1, large), Failure);
     EXPECT_THROW(check(0, 1, 1, large), Failure);
     EXPECT_THROW(check(1, -1, 1, large), Failure);
     EXPECT_THROW(check(131072, 16385, 1, large), Failure);
-    EXPECT_THROW(check(1, 1, 65, large), Failure);
+    EXPECT_THROW(check(1, 1, 1025, large), Failure);
     EXPECT_NO_THROW(check(2896, 2896, 4, 1)); // just below 64 MiB
     EXPECT_THROW(check(4096, 4096, 4, 13420), Failure);
     EXPECT_NO_THROW(check(4096, 4096, 4, 13421));
+    EXPECT_NO_THROW(checkPictureSize("a", 4096, 4096, 4, 8, 1343, "exr"));
+    EXPECT_THROW(checkPictureSize("a", 4096, 4096, 4, 8, 1341, "exr"), Failure);
 }
 
 TEST_F(PictureDamageTest, Writer_fullDisk_failsAndLeavesNothing) {

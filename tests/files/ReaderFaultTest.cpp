@@ -176,7 +176,7 @@ TEST_F(ReaderFaultTest, Decoder_thatLiesAboutThePicture_isNotBelieved) {
                   "100x-1 pixels" +
                       advice);
     expectRefusal("lieChannels",
-                  "declares a size that cannot be read — expected 1 to 64 channels, got 100003 "
+                  "declares a size that cannot be read — expected 1 to 1024 channels, got 100003 "
                   "channels" +
                       advice);
 }

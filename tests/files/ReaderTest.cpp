@@ -49,8 +49,8 @@ void expectSameRows(PictureReader& remote, PictureReader& local, int first, int 
     local.readRows(first, count, b.data(), withExtra ? &extraB : nullptr);
     EXPECT_TRUE(same(a, b)) << first << ' ' << count;
     EXPECT_EQ(extraA, extraB) << first << ' ' << count;
-    EXPECT_EQ(remote.overflowCount(), local.overflowCount()) << first << ' ' << count;
-    EXPECT_EQ(remote.overflowsByRow(), local.overflowsByRow()) << first << ' ' << count;
+    EXPECT_EQ(remote.loss(), local.loss()) << first << ' ' << count;
+    EXPECT_EQ(remote.lossByRow(), local.lossByRow()) << first << ' ' << count;
 }
 
 } // namespace
@@ -79,7 +79,7 @@ TEST_F(ReaderTest, Description_isTheSame) {
 
 TEST_F(ReaderTest, Pictures_readInThisProcess_holdWhatWasWritten) {
     const auto path = noise("a.exr", 40, 100, true);
-    Picture written = gradient(40, 100), read = written;
+    Picture written = associatedGradient(40, 100), read = written;
     for (const char* const name : {"b.exr", "b.tif"}) {
         writePicture(folder / name, written, {.depth = PixelDepth::Half});
         openPictureHere(folder / name)->readRows(0, 100, read.pixels.data());

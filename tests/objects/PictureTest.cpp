@@ -23,7 +23,7 @@ Object shown(const Stage& stage, int width, int height, const Color& color) {
     workbench::Picture picture;
     picture.description.width = width;
     picture.description.height = height;
-    picture.description.hasAlpha = true;
+    picture.description.hasAlpha = picture.description.alphaIsAssociated = true;
     for (int y = 0; y < height; ++y)
         for (int x = 0; x < width; ++x) picture.pixels.push_back(color(x, y));
     writePicture(stage.folder / "picture.exr", picture);

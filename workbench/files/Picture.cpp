@@ -15,6 +15,7 @@
 #include "workbench/files/reader/LocalReader.h"
 #include "workbench/files/reader/PictureHead.h"
 #include "workbench/files/reader/RemoteReader.h"
+#include "workbench/files/reader/UprightReader.h"
 #include "workbench/platform/ProcessLimits.h"
 #include "workbench/report/Failure.h"
 
@@ -58,7 +59,7 @@ std::chrono::milliseconds PictureLimits::usualTime() {
 }
 
 std::unique_ptr<PictureReader> PictureReader::open(const std::filesystem::path& path,
-                                                   const PictureLimits& limits) {
+                                                   const PictureLimits& limits, bool linear) {
     checkInputFile(path);
     if (lowerExtension(path) == "exr" && ownFormatOf(path) != OwnFormat::Exr)
         throw Failure(Fault::Input, {path.string(),
@@ -68,7 +69,9 @@ std::unique_ptr<PictureReader> PictureReader::open(const std::filesystem::path& 
                                      "Check how the file was made, or give it its right extension",
                                      {}});
     checkDeclaredSize(path);
-    return std::make_unique<RemoteReader>(path, limits, ReaderProgram::usual());
+    auto reader = std::make_unique<RemoteReader>(path, limits, ReaderProgram::usual(), linear);
+    if (reader->description().orientation == 1) return reader;
+    return std::make_unique<UprightReader>(std::move(reader));
 }
 
 std::unique_ptr<PictureReader> openPictureHere(const std::filesystem::path& path) {
@@ -97,14 +100,22 @@ void PictureReader::readRows(int first, int count, krod::RGBAHalf* out, ExtraRow
             (*extra)[i].resize(values * about.extraChannels[i].bytesPerValue());
     }
     firstRow = first;
-    rowOverflows.assign(static_cast<std::size_t>(count), 0);
+    rowLoss.assign(static_cast<std::size_t>(count), {});
     decodeRows(first, count, out, extra);
     countedRows = std::max(countedRows, first + count);
 }
 
-void PictureReader::countOverflows(int row, std::uint64_t count) {
-    rowOverflows[static_cast<std::size_t>(row - firstRow)] += count;
-    if (row >= countedRows) overflows += count;
+void PictureReader::countLoss(int row, const ValueLoss& loss) {
+    rowLoss[static_cast<std::size_t>(row - firstRow)].add(loss);
+    if (row >= countedRows) allLoss.add(loss);
+}
+
+void PictureReader::decodeLinear() { throw std::logic_error("this reader knows nothing of sRGB"); }
+
+void PictureReader::linearize() {
+    if (about.transfer != Transfer::Srgb) return;
+    decodeLinear();
+    about.transfer = Transfer::Linear;
 }
 
 namespace {
@@ -137,14 +148,22 @@ PictureWriter::PictureWriter(std::filesystem::path path, PictureDescription desc
     : file(std::move(path)),
       about(std::move(description)),
       storedDepth(outputDepth(file, about.depth, options.depth)),
+      alphaAsItStands(options.alphaAsItStands),
       tileSide(options.tileSide) {
     const PictureFormat& format = outputFormat(file);
+    requireCompression(file, options);
+    if (options.srgb) about.transfer = Transfer::Srgb;
+    if (about.transfer == Transfer::Srgb)
+        about.setText(ColorSpaceName, "sRGB");
+    else if (const Metadatum* const space = about.find(ColorSpaceName); space && isSrgbName(space->text))
+        about.remove(ColorSpaceName);
     requireSideWithin(format, file, std::max(about.width, about.height));
     if (about.hasAlpha && !format.holdsAlpha) {
         about.hasAlpha = false;
         droppedNames.emplace_back("A");
     }
     if (!format.holdsGrey) about.isGrey = false;
+    nameLostGeometry(format);
     const Metadatum* profile = about.find(IccName);
     if (profile && !isProfileOf(profile->bytes, about.isGrey, options.srgb)) {
         about.remove(IccName);
@@ -179,6 +198,29 @@ void PictureWriter::encodeBlock(const PixelWindow&, const krod::RGBAHalf*) {
     throw std::logic_error("the format of a picture has no tiles");
 }
 
+/// EXR holds everything; TIFF a place within the whole picture.
+void PictureWriter::nameLostGeometry(const PictureFormat& format) {
+    if (format.name == "EXR") return;
+    const PixelWindow data{about.dataX, about.dataY, about.width, about.height};
+    const PixelWindow whole = about.displayWindow.value_or(data);
+    const bool isPlaced = format.name == "TIFF" && whole.x == 0 && whole.y == 0 && data.x >= 0 && data.y >= 0;
+    if (data != whole && !isPlaced) {
+        droppedNames.push_back("the display window of " + std::to_string(whole.width) + 'x' +
+                               std::to_string(whole.height) + " pixels, where the picture began at " +
+                               std::to_string(data.x - whole.x) + ',' + std::to_string(data.y - whole.y));
+        about.displayWindow.reset();
+    }
+    if (!isPlaced) about.dataX = about.dataY = 0;
+    if (about.pixelAspect != 1 && !format.holdsAspect) droppedNames.emplace_back("the pixels' aspect ratio");
+}
+
+AlphaChange PictureWriter::alphaChange() const {
+    const std::optional<bool> associated = outputFormat(file).alphaIsAssociated;
+    if (alphaAsItStands || !about.hasAlpha || !associated || *associated == about.alphaIsAssociated)
+        return AlphaChange::None;
+    return *associated ? AlphaChange::Multiply : AlphaChange::Divide;
+}
+
 std::uint64_t PictureWriter::mostBytes() const {
     std::uint64_t bytes =
         ((about.isGrey ? 1U : 3U) + (about.hasAlpha ? 1U : 0U)) * bytesPerValue(storedDepth);
@@ -192,13 +234,14 @@ void PictureWriter::finish() {
     complete();
 }
 
-Picture readPicture(const std::filesystem::path& path) {
-    const auto reader = PictureReader::open(path);
-    Picture picture{reader->description(), {}, {}};
+Picture readPicture(const std::filesystem::path& path, bool linear) {
+    const auto reader = PictureReader::open(path, {}, linear);
+    Picture picture{reader->description(), {}, {}, {}};
     const auto& about = picture.description;
     picture.pixels.resize(static_cast<std::size_t>(about.width) * static_cast<std::size_t>(about.height));
     reader->readRows(0, about.height, picture.pixels.data(),
                      about.extraChannels.empty() ? nullptr : &picture.extra);
+    picture.loss = reader->loss();
     return picture;
 }
 

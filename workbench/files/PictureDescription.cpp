@@ -41,6 +41,14 @@ bool isOneOf(std::string_view type, std::initializer_list<std::string_view> name
                                  {}});
 }
 
+/// How many bytes a byte of the file can become, with some reserve. EXR's DWA keeps one value of 64 of a flat
+/// picture, and zlib packs 1000 of those into a byte; the others keep nothing of what is flat.
+std::int64_t largestRatio(std::string_view format) {
+    if (format == "exr") return 100000;
+    if (isOneOf(format, {"jpeg2000", "webp", "heif", "jpegxl"})) return 1000000;
+    return 10000;
+}
+
 } // namespace
 
 std::string_view depthName(PixelDepth depth) { return DepthNames[static_cast<std::size_t>(depth)]; }
@@ -49,6 +57,13 @@ std::optional<PixelDepth> depthFromName(std::string_view name) {
     const auto found = std::find(DepthNames.begin(), DepthNames.end(), name);
     if (found == DepthNames.end()) return std::nullopt;
     return static_cast<PixelDepth>(found - DepthNames.begin());
+}
+
+bool isSrgbName(std::string_view name) {
+    constexpr std::string_view Start = "srgb";
+    const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
+    return name.size() >= Start.size() && std::equal(Start.begin(), Start.end(), name.begin(),
+                                                     [&](char a, char b) { return a == lower(b); });
 }
 
 const Metadatum* PictureDescription::find(std::string_view name) const {
@@ -72,19 +87,19 @@ void PictureDescription::remove(std::string_view name) {
 }
 
 void checkPictureSize(const std::filesystem::path& path, std::int64_t width, std::int64_t height,
-                      std::int64_t channels, std::int64_t bytesPerPixel, std::uint64_t fileSize) {
+                      std::int64_t channels, std::int64_t bytesPerPixel, std::uint64_t fileSize,
+                      std::string_view format) {
     const std::string size = std::to_string(width) + "x" + std::to_string(height) + " pixels";
     if (width < 1 || height < 1 || width > LargestSide || height > LargestSide)
         refuseSize(path, "sides of 1 to 131072 pixels", size);
     if (width * height > MostPixels) refuseSize(path, "at most 2147483648 pixels", size);
     if (channels < 1 || channels > MostChannels)
-        refuseSize(path, "1 to 64 channels", std::to_string(channels) + " channels");
+        refuseSize(path, "1 to 1024 channels", std::to_string(channels) + " channels");
     constexpr std::int64_t AlwaysAllowed = std::int64_t{64} << 20;
-    constexpr std::int64_t LargestRatio = 10000;
-    const std::int64_t decoded = width * height * bytesPerPixel; // at most 2^31 * 64 * 4, far below 2^63
-    if (decoded > AlwaysAllowed && static_cast<std::uint64_t>(decoded / LargestRatio) > fileSize)
-        refuseSize(path,
-                   "a file of at least " + std::to_string(decoded / LargestRatio) + " bytes for " + size,
+    const std::int64_t ratio = largestRatio(format);
+    const std::int64_t decoded = width * height * bytesPerPixel; // at most 2^31 * 1024 * 4, far below 2^63
+    if (decoded > AlwaysAllowed && static_cast<std::uint64_t>(decoded / ratio) > fileSize)
+        refuseSize(path, "a file of at least " + std::to_string(decoded / ratio) + " bytes for " + size,
                    std::to_string(fileSize) + " bytes");
 }
 

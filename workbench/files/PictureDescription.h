@@ -60,6 +60,11 @@ enum class Transfer {
     Srgb,   ///< encoded with the sRGB curve of IEC 61966-2-1
 };
 
+/// The name under which that stands in files of most formats.
+inline constexpr std::string_view ColorSpaceName = "oiio:ColorSpace";
+/// Whether a color space of that name is sRGB: "sRGB", "srgb_rec709_scene", "sRGB IEC61966-2.1" …
+[[nodiscard]] KROD_FILES_API bool isSrgbName(std::string_view name);
+
 /// Size, depth, channels and metadata of a picture.
 struct KROD_FILES_API PictureDescription {
     int width = 0, height = 0;
@@ -101,14 +106,14 @@ struct KROD_FILES_API PictureDescription {
 /// Largest pictures that are read or written: sides, pixels in all, channels.
 inline constexpr int LargestSide = 131072;
 inline constexpr std::int64_t MostPixels = std::int64_t{1} << 31;
-inline constexpr int MostChannels = 64;
+inline constexpr int MostChannels = 1024;
 
 /// Refuses a size that cannot be meant: Failure(Input) naming `path`. Above 64 MiB of decoded data at
-/// `bytesPerPixel`, a file must also hold at least a ten-thousandth of it, so that a small damaged file
-/// cannot claim all memory.
+/// `bytesPerPixel`, a file must also hold at least a ten-thousandth of it, or what the best compression of its
+/// format needs, so that a small damaged file cannot claim all memory.
 KROD_FILES_API void checkPictureSize(const std::filesystem::path& path, std::int64_t width,
                                      std::int64_t height, std::int64_t channels, std::int64_t bytesPerPixel,
-                                     std::uint64_t fileSize);
+                                     std::uint64_t fileSize, std::string_view format = "");
 
 /// Readable form of a stored metadatum of one of the types that EXR defines; "(n bytes)" for any other.
 [[nodiscard]] KROD_FILES_API std::string metadataText(std::string_view type, std::string_view bytes);

@@ -12,10 +12,27 @@ namespace {
 const std::vector<PictureFormat>& formats() {
     using enum PixelDepth;
     static const std::vector<PictureFormat> all{
-        {"EXR", {"exr"}, {Half, Float}, true, true, true},
-        {"PNG", {"png"}, {UInt8, UInt16}, true, true, true},
-        {"TIFF", {"tif", "tiff"}, {UInt8, UInt16, Half, Float}, true, true, true},
-        {"JPEG", {"jpg", "jpeg"}, {UInt8}, false, true, true, 65500},
+        {"EXR",
+         {"exr"},
+         {Half, Float},
+         true,
+         true,
+         true,
+         LargestSide,
+         true,
+         {"none", "rle", "zips", "zip", "piz", "pxr24", "b44", "b44a", "dwaa", "dwab"},
+         true},
+        {"PNG", {"png"}, {UInt8, UInt16}, true, true, true, LargestSide, false, {}, true},
+        {"TIFF",
+         {"tif", "tiff"},
+         {UInt8, UInt16, Half, Float},
+         true,
+         true,
+         true,
+         LargestSide,
+         {},
+         {"none", "lzw", "zip", "packbits"}},
+        {"JPEG", {"jpg", "jpeg"}, {UInt8}, false, true, true, 65500, {}, {}, true},
         {"HDR", {"hdr"}, {Float}, false, false, false},
     };
     return all;
@@ -53,6 +70,23 @@ const PictureFormat& outputFormat(const std::filesystem::path& path) {
                                                      : "." + extension,
                                  "",
                                  {}});
+}
+
+void requireCompression(const std::filesystem::path& path, const WriteOptions& options) {
+    const PictureFormat& format = outputFormat(path);
+    const auto refuse = [&](const std::string& what, const std::string& expected, const std::string& got) {
+        throw Failure(Fault::Usage, {path.string(), std::string(format.name) + what, expected, got, "", {}});
+    };
+    const auto& known = format.compressions;
+    if (options.compression && std::find(known.begin(), known.end(), *options.compression) == known.end()) {
+        std::string names;
+        for (const auto name : known) names += (names.empty() ? "" : ", ") + std::string(name);
+        if (names.empty()) refuse(" has no choice of compressions", "no --compression", *options.compression);
+        refuse(" has no such compression", names, '"' + *options.compression + '"');
+    }
+    const std::string compression = options.compression.value_or("");
+    if (options.quality && format.name != "JPEG" && compression != "dwaa" && compression != "dwab")
+        refuse(" has no quality", "--quality with JPEG, or EXR and --compression dwaa or dwab", "");
 }
 
 PixelDepth outputDepth(const std::filesystem::path& path, PixelDepth inputDepth,

@@ -16,13 +16,51 @@ namespace {
 
 constexpr std::size_t HalfPatterns = 65536;
 
-std::vector<half> integerTable(PixelDepth depth) {
+/// Errors of values from 0 to 1 stand above their halves in units of this.
+constexpr double ErrorUnit = 1.0 / (1 << 27);
+constexpr float LargestHalf = 65504;
+
+/// The entry of a table of decoded values. What has 8 bits comes back as it was, and so has no error.
+std::uint32_t entryOf(double value, bool hasError) {
+    const half rounded = half_float::half_cast<half>(value);
+    const std::uint32_t bits = std::bit_cast<std::uint16_t>(rounded);
+    if (!hasError) return bits;
+    const double error = std::abs(value - static_cast<double>(static_cast<float>(rounded)));
+    return bits | static_cast<std::uint32_t>(std::lround(error / ErrorUnit)) << 16U;
+}
+
+std::vector<std::uint32_t> integerTable(PixelDepth depth, bool linearized) {
     if (depth != PixelDepth::UInt8 && depth != PixelDepth::UInt16) return {};
     const std::size_t largest = depth == PixelDepth::UInt8 ? 255 : 65535;
-    std::vector<half> table(largest + 1);
-    for (std::size_t i = 0; i <= largest; ++i)
-        table[i] = half_float::half_cast<half>(static_cast<double>(i) / static_cast<double>(largest));
+    std::vector<std::uint32_t> table(largest + 1);
+    for (std::size_t i = 0; i <= largest; ++i) {
+        const double value = static_cast<double>(i) / static_cast<double>(largest);
+        table[i] = entryOf(linearized ? linearFromSrgb(value) : value, depth == PixelDepth::UInt16);
+    }
     return table;
+}
+
+std::vector<std::uint32_t> linearHalfTable() {
+    std::vector<std::uint32_t> table(HalfPatterns);
+    for (std::size_t i = 0; i < HalfPatterns; ++i) {
+        ValueLoss ignored;
+        const float value = std::bit_cast<half>(static_cast<std::uint16_t>(i));
+        const auto linear = static_cast<float>(linearFromSrgb(value));
+        table[i] = std::bit_cast<std::uint16_t>(halfFromFloat(linear, ignored));
+    }
+    return table;
+}
+
+bool isNaN(half value) { return (std::bit_cast<std::uint16_t>(value) & 0x7fffU) > 0x7c00U; }
+
+/// The largest error of a float that becomes a half, exact for all halves that are not denormal.
+float roundingError(float value, half rounded) {
+    const auto bits = std::bit_cast<std::uint32_t>(value);
+    const std::uint32_t exponent = bits & 0x7f800000U;
+    if (exponent < 0x38800000U) return std::abs(value - static_cast<float>(rounded)); // below 2^-14
+    const std::uint32_t tail = bits & 0x1fffU;                                        // is cut off
+    const auto off = static_cast<float>(std::min(tail, 0x2000U - tail));
+    return std::bit_cast<float>(exponent) * (off / (1 << 23));
 }
 
 bool isOutside(float value, ValueRange range) {
@@ -33,7 +71,7 @@ bool isOutside(float value, ValueRange range) {
 
 double clippedTo(double value, ValueRange range) {
     if (range == ValueRange::All) return value;
-    if (std::isnan(value)) return 0;
+    if (std::isnan(value)) return 0; // the encoder puts other values in its place before
     return std::clamp(value, 0.0, range == ValueRange::Unit ? 1.0 : 65504.0);
 }
 
@@ -58,9 +96,23 @@ std::uint32_t codeOf(std::uint16_t bits, PixelDepth depth, bool srgb, ValueRange
 
 } // namespace
 
-half halfFromFloat(float value, std::uint64_t& overflows) {
+void ValueLoss::add(const ValueLoss& more) {
+    overflows += more.overflows;
+    rounding = std::max(rounding, more.rounding);
+    largest = std::max(largest, more.largest);
+}
+
+half halfFromFloat(float value, ValueLoss& loss) {
     const half result = half_float::half_cast<half>(value);
-    if (half_float::isinf(result) && std::isfinite(value)) ++overflows;
+    if (!std::isfinite(value)) return result;
+    const float size = std::abs(value);
+    if (size > loss.largest) loss.largest = size;
+    if (half_float::isinf(result)) {
+        ++loss.overflows;
+        return half(std::copysign(LargestHalf, value));
+    }
+    const float error = roundingError(value, result);
+    if (error > loss.rounding) loss.rounding = error;
     return result;
 }
 
@@ -68,6 +120,21 @@ double srgbFromLinear(double value) {
     const double size = std::abs(value);
     const double encoded = size <= 0.0031308 ? 12.92 * size : 1.055 * std::pow(size, 1 / 2.4) - 0.055;
     return std::copysign(encoded, value);
+}
+
+double linearFromSrgb(double value) {
+    const double size = std::abs(value);
+    const double linear = size <= 0.04045 ? size / 12.92 : std::pow((size + 0.055) / 1.055, 2.4);
+    return std::copysign(linear, value);
+}
+
+krod::RGBAHalf changedByAlpha(const krod::RGBAHalf& pixel, AlphaChange change) {
+    const float alpha = pixel.a;
+    if (!(alpha > 0 && alpha < 1)) return pixel;
+    const float factor = change == AlphaChange::Divide ? 1 / alpha : alpha;
+    ValueLoss ignored;
+    const auto times = [&](half color) { return halfFromFloat(static_cast<float>(color) * factor, ignored); };
+    return {times(pixel.r), times(pixel.g), times(pixel.b), pixel.a};
 }
 
 std::size_t bytesPerValue(PixelDepth depth) {
@@ -80,52 +147,89 @@ PixelDecoder::PixelDecoder(PixelDepth storedDepth, int channelCount, bool grey, 
       greenAt(grey ? 0 : 1),
       blueAt(grey ? 0 : 2),
       alphaAt(alphaChannel),
-      table(integerTable(storedDepth)) {
+      colorTable(integerTable(storedDepth, false)),
+      alphaTable(colorTable) {
     if (channelCount <= static_cast<int>(blueAt) || channelCount <= alphaAt)
         throw std::invalid_argument("a pixel without the channels that are taken from it");
 }
 
-template <typename Stored, typename Convert>
-void PixelDecoder::decodeAs(const std::byte* stored, std::size_t pixels, krod::RGBAHalf* out,
-                            Convert convert) const {
-    const auto value = [&](const std::byte* pixel, std::size_t channel) {
-        Stored raw;
-        std::memcpy(&raw, pixel + channel * sizeof(Stored), sizeof raw);
-        return convert(raw);
+void PixelDecoder::linearize() {
+    isLinearized = true;
+    colorTable = depth == PixelDepth::Half ? linearHalfTable() : integerTable(depth, true);
+}
+
+template <typename Stored, typename Color, typename Alpha>
+void PixelDecoder::decodeAs(const std::byte* stored, std::size_t pixels, krod::RGBAHalf* out, Color color,
+                            Alpha alpha) const {
+    const auto raw = [](const std::byte* pixel, std::size_t channel) {
+        Stored value;
+        std::memcpy(&value, pixel + channel * sizeof(Stored), sizeof value);
+        return value;
     };
     const half opaque(1.0F);
     for (std::size_t i = 0; i < pixels; ++i, stored += channels * sizeof(Stored)) {
-        const half red = value(stored, 0);
+        const half red = color(raw(stored, 0));
         // A grey picture converts its value once, so that an overflow counts once.
-        const half green = greenAt == 0 ? red : value(stored, greenAt);
-        const half blue = blueAt == 0 ? red : value(stored, blueAt);
-        out[i] = {red, green, blue, alphaAt < 0 ? opaque : value(stored, static_cast<std::size_t>(alphaAt))};
+        const half green = greenAt == 0 ? red : color(raw(stored, greenAt));
+        const half blue = blueAt == 0 ? red : color(raw(stored, blueAt));
+        out[i] = {red, green, blue,
+                  alphaAt < 0 ? opaque : alpha(raw(stored, static_cast<std::size_t>(alphaAt)))};
     }
 }
 
-std::uint64_t PixelDecoder::decode(const std::byte* stored, std::size_t pixels, krod::RGBAHalf* out) const {
-    std::uint64_t overflows = 0;
+template <typename Stored>
+void PixelDecoder::decodeByTable(const std::byte* stored, std::size_t pixels, krod::RGBAHalf* out,
+                                 ValueLoss& loss) const {
+    std::uint32_t largestError = 0;
+    const auto by = [&](const std::vector<std::uint32_t>& table) {
+        return [&](Stored raw) {
+            const std::uint32_t entry = table[raw];
+            largestError = std::max(largestError, entry >> 16U);
+            return std::bit_cast<half>(static_cast<std::uint16_t>(entry));
+        };
+    };
+    decodeAs<Stored>(stored, pixels, out, by(colorTable), by(alphaTable));
+    loss.rounding = static_cast<float>(largestError * ErrorUnit);
+    loss.largest = 1;
+}
+
+ValueLoss PixelDecoder::decode(const std::byte* stored, std::size_t pixels, krod::RGBAHalf* out) const {
+    ValueLoss loss;
+    const auto asFloat = [&](float raw) { return halfFromFloat(raw, loss); };
+    const auto linear = [&](float raw) { return asFloat(static_cast<float>(linearFromSrgb(raw))); };
+    const auto asHalf = [](std::uint16_t raw) { return std::bit_cast<half>(raw); };
+    const auto linearHalf = [&](std::uint16_t raw) {
+        return asHalf(static_cast<std::uint16_t>(colorTable[raw]));
+    };
     switch (depth) {
     case PixelDepth::UInt8:
-        decodeAs<std::uint8_t>(stored, pixels, out, [this](std::uint8_t raw) { return table[raw]; });
+        decodeByTable<std::uint8_t>(stored, pixels, out, loss);
         break;
     case PixelDepth::UInt16:
-        decodeAs<std::uint16_t>(stored, pixels, out, [this](std::uint16_t raw) { return table[raw]; });
+        decodeByTable<std::uint16_t>(stored, pixels, out, loss);
         break;
     case PixelDepth::Half:
-        decodeAs<half>(stored, pixels, out, [](half raw) { return raw; });
+        if (isLinearized)
+            decodeAs<std::uint16_t>(stored, pixels, out, linearHalf, asHalf);
+        else
+            decodeAs<std::uint16_t>(stored, pixels, out, asHalf, asHalf);
         break;
     case PixelDepth::Float:
-        decodeAs<float>(stored, pixels, out, [&](float raw) { return halfFromFloat(raw, overflows); });
+        if (isLinearized)
+            decodeAs<float>(stored, pixels, out, linear, asFloat);
+        else
+            decodeAs<float>(stored, pixels, out, asFloat, asFloat);
         break;
     }
-    return overflows;
+    return loss;
 }
 
-PixelEncoder::PixelEncoder(PixelDepth storedDepth, int channelCount, bool srgb, ValueRange valueRange)
+PixelEncoder::PixelEncoder(PixelDepth storedDepth, int channelCount, bool srgb, ValueRange valueRange,
+                           AlphaChange alphaChange)
     : depth(storedDepth),
       channels(channelCount),
       range(valueRange),
+      change(alphaChange),
       colourCodes(HalfPatterns),
       alphaCodes(HalfPatterns),
       outside(HalfPatterns) {
@@ -139,9 +243,28 @@ PixelEncoder::PixelEncoder(PixelDepth storedDepth, int channelCount, bool srgb, 
 
 void PixelEncoder::countOutside(std::uint16_t bits) {
     const float value = std::bit_cast<half>(bits);
-    ++(std::isnan(value) ? notNumbers : clipped);
-    if (value < smallest) smallest = value; // false for NaN
-    if (value > largest) largest = value;
+    ++clipped;
+    smallest = std::min(smallest, value);
+    largest = std::max(largest, value);
+}
+
+bool PixelEncoder::holdsNaN(const krod::RGBAHalf& pixel) const {
+    const bool inColor = isNaN(pixel.r) || (channels >= 3 && (isNaN(pixel.g) || isNaN(pixel.b)));
+    return inColor || (channels % 2 == 0 && isNaN(pixel.a));
+}
+
+krod::RGBAHalf PixelEncoder::withoutNaN(krod::RGBAHalf pixel) const {
+    if (isNaN(pixel.a)) pixel.a = half(1.0F);
+    const bool isColored = channels >= 3;
+    if (!isNaN(pixel.r) && !(isColored && (isNaN(pixel.g) || isNaN(pixel.b)))) return pixel;
+    float sum = 0, count = 0;
+    for (const half color : {pixel.r, isColored ? pixel.g : pixel.r, isColored ? pixel.b : pixel.r}) {
+        if (!half_float::isfinite(color)) continue;
+        sum += color;
+        ++count;
+    }
+    pixel.r = pixel.g = pixel.b = half(count > 0 ? sum / count : 0);
+    return pixel;
 }
 
 template <typename Code>
@@ -154,12 +277,18 @@ void PixelEncoder::encodeAs(const krod::RGBAHalf* pixels, std::size_t count, std
         out += sizeof code;
     };
     for (std::size_t i = 0; i < count; ++i) {
-        put(pixels[i].r, colourCodes);
-        if (channels >= 3) {
-            put(pixels[i].g, colourCodes);
-            put(pixels[i].b, colourCodes);
+        krod::RGBAHalf pixel = pixels[i];
+        if (range != ValueRange::All && holdsNaN(pixel)) {
+            ++notNumbers;
+            pixel = withoutNaN(pixel);
         }
-        if (channels == 2 || channels == 4) put(pixels[i].a, alphaCodes);
+        if (change != AlphaChange::None) pixel = changedByAlpha(pixel, change);
+        put(pixel.r, colourCodes);
+        if (channels >= 3) {
+            put(pixel.g, colourCodes);
+            put(pixel.b, colourCodes);
+        }
+        if (channels % 2 == 0) put(pixel.a, alphaCodes);
     }
 }
 

@@ -65,6 +65,7 @@ struct NetworkView {
     std::optional<Tiles> processorTiles;
     std::optional<PixelDepth> depth; ///< of the file; without it, what its format usually has
     bool srgb = false;               ///< whether colours are encoded for viewing
+    bool clipNegative = false;       ///< whether values below 0 are 0 before the processors
     NetworkPlace place;
 };
 

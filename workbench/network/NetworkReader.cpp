@@ -190,7 +190,7 @@ private:
     [[nodiscard]] NetworkView view(const JsonTree& from) const {
         requireKind(from, Kind::Object, "an item of \"views\"");
         allowMembers(from, {"name", "shows", "picture", "processors", "size", "camera", "background", "tiles",
-                            "processorTiles", "depth", "srgb"});
+                            "processorTiles", "depth", "srgb", "clipNegative"});
         NetworkView made;
         made.name = nameOf(from);
         made.shows = text(from, "shows");
@@ -213,11 +213,16 @@ private:
             refuse(*from.member("processorTiles"),
                    "the view " + made.name + " processes a picture file, whose tiles are just \"tiles\"");
         made.depth = depth(from);
-        if (const JsonTree* srgb = from.member("srgb")) {
-            requireKind(*srgb, Kind::Truth, "\"srgb\"");
-            made.srgb = srgb->truth;
-        }
+        made.srgb = truth(from, "srgb");
+        made.clipNegative = truth(from, "clipNegative");
         return made;
+    }
+
+    [[nodiscard]] bool truth(const JsonTree& from, const std::string& name) const {
+        const JsonTree* const member = from.member(name);
+        if (!member) return false;
+        requireKind(*member, Kind::Truth, '"' + name + '"');
+        return member->truth;
     }
 
     [[nodiscard]] std::optional<PixelDepth> depth(const JsonTree& view) const {

@@ -54,6 +54,7 @@ Json toJson(const NetworkView& view) {
     if (view.processorTiles) json["processorTiles"] = toJson(*view.processorTiles);
     if (view.depth) json["depth"] = std::string(depthName(*view.depth));
     if (view.srgb) json["srgb"] = true;
+    if (view.clipNegative) json["clipNegative"] = true;
     return json;
 }
 

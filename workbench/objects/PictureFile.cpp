@@ -41,11 +41,17 @@ constexpr int PieceSide = 4096;
 
 struct Settings {
     std::string file;
+    bool linear = false;
     friend bool operator==(const Settings&, const Settings&) = default;
 };
 
 Picture load(const Settings& settings) {
-    return readNamed("Scene/Picture", settings.file, [](const auto& file) { return readPicture(file); });
+    Picture picture = readNamed("Scene/Picture", settings.file,
+                                [&](const auto& file) { return readPicture(file, settings.linear); });
+    if (picture.loss.overflows > 0)
+        VActionNotifier::Warning(settings.file + ": " + std::to_string(picture.loss.overflows) +
+                                 " values are too large for a half, and became 65504");
+    return picture;
 }
 
 double aspect(const PictureDescription& about) { return static_cast<double>(about.width) / about.height; }
@@ -114,10 +120,12 @@ private:
     const Picture& picture(const VValuePool& pool) const {
         Settings settings;
         file.read(pool, settings.file);
+        linear.read(pool, settings.linear);
         return kept.get(settings, load);
     }
 
     TypedSlot<std::string> file{this, "file", "", 0};
+    TypedSlot<bool> linear{this, "linear", false, 1};
     mutable Kept<Settings, Picture> kept;
 };
 
@@ -130,11 +138,12 @@ CreatorRegistration<PictureObject, void> creator(
      .help = "<p>Shows a picture on a plane that looks towards +z, 2 high and as wide as the picture "
              "asks for, without light, values and alpha as they are stored.</p>"
              "<ul><li><b>file</b>: the picture: EXR, PNG, TIFF, JPEG, HDR and others. It is read when "
-             "it is first needed and when another one is named.</li></ul>",
+             "it is first needed and when another one is named.</li>"
+             "<li><b>linear</b>: makes the colors of a picture that is sRGB linear.</li></ul>",
      .description = "A picture from a file, on a plane."},
     0);
 KROD_ROW(3)
-const SlotTypes<std::string> slotTypes;
+const SlotTypes<std::string, bool> slotTypes;
 
 } // namespace
 } // namespace workbench::objects::PictureFile

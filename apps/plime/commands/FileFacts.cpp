@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "apps/plime/commands/FileFacts.h"
 
+#include "apps/plime/pictures/InputLoss.h"
 #include "apps/plime/terminal/Text.h"
 #include "workbench/files/InputKind.h"
 #include "workbench/files/Model.h"
@@ -10,6 +11,7 @@
 #include "workbench/report/Failure.h"
 
 #include <algorithm>
+#include <array>
 #include <fstream>
 #include <limits>
 #include <utility>
@@ -50,6 +52,25 @@ Json channelsOf(const PictureDescription& picture) {
     return names;
 }
 
+/// What the values mean, what is taken of the file, and what is left out, where that is not the usual.
+void addMeaning(const PictureDescription& picture, Json& facts) {
+    constexpr std::array<const char*, 3> Transfers{"unknown", "linear", "sRGB"};
+    facts["transfer"] = Transfers[static_cast<std::size_t>(picture.transfer)];
+    if (picture.hasAlpha) facts["alpha"] = picture.alphaIsAssociated ? "associated" : "unassociated";
+    const auto window = [](const PixelWindow& w) { return Json{w.x, w.y, w.width, w.height}; };
+    const PixelWindow data{picture.dataX, picture.dataY, picture.width, picture.height};
+    if (const PixelWindow display = picture.displayWindow.value_or(data); display != data) {
+        facts["dataWindow"] = window(data);
+        facts["displayWindow"] = window(display);
+    }
+    if (picture.pixelAspect != 1) facts["pixelAspect"] = picture.pixelAspect;
+    if (const auto source = colorSource(picture)) facts["color"] = *source;
+    if (picture.furtherPictures > 0)
+        facts["notRead"] = std::to_string(picture.furtherPictures) + " further " + picture.furtherPicturesAre;
+    if (!picture.unreadChannels.empty()) facts["unreadChannels"] = picture.unreadChannels;
+    if (!picture.notes.empty()) facts["notes"] = picture.notes;
+}
+
 Json factsOfPicture(const std::string& file) {
     const auto reader = PictureReader::open(file);
     const PictureDescription& picture = reader->description();
@@ -61,6 +82,7 @@ Json factsOfPicture(const std::string& file) {
                {"format", picture.format},
                {"network", picture.find(NetworkName) != nullptr},
                {"metadata", Json::object()}};
+    addMeaning(picture, facts);
     for (const Metadatum& entry : picture.metadata)
         if (entry.name != NetworkName) facts["metadata"][entry.name] = entry.text;
     return facts;
@@ -180,6 +202,9 @@ std::string pictureText(const Json& facts) {
               {"depth", plain(facts["depth"])},
               {"format", plain(facts["format"])},
               {"network", facts["network"] ? "kept; --network prints it" : "none"}};
+    for (const char* const name : {"transfer", "alpha", "dataWindow", "displayWindow", "pixelAspect", "color",
+                                   "notRead", "unreadChannels", "notes"})
+        if (facts.contains(name)) rows.emplace_back(name, plain(facts[name]));
     for (const auto& [name, value] : facts["metadata"].items())
         rows.emplace_back(name, shortened(printable(plain(value)), LongestText));
     return table(rows);

@@ -9,8 +9,9 @@ namespace {
 
 constexpr std::string_view Help = R"(Usage: plime info FILE [--network] [--json]
 
-Shows what is in a file. Of a picture: size, channels, depth, the texts of its
-head, and whether it keeps the network that made it. Of a saved network: its
+Shows what is in a file. Of a picture: size, channels, depth, what its values
+mean, which parts are not read, the texts of its head, and whether it keeps the
+network that made it. Of a saved network: its
 objects, how they are connected, and its views. Of models and lists of points:
 how much there is, and where.
 

@@ -12,8 +12,11 @@ namespace {
 
 constexpr std::string_view Help = R"(Usage: plime process IN… -o OUT --with KEY [-p NAME=VALUE]… [--with …]…
 
-Runs tile processors over pictures, in the order of their --with. Values stay as
-they are stored: nothing is clipped between modules, alpha is never multiplied.
+Runs tile processors over pictures, in the order of their --with. Modules see
+values as they are stored, as halves: 11 bits, up to 65504; what that changes is
+told. Nothing is clipped between modules. Colors are multiplied by alpha or
+divided by it only where IN and OUT mean alpha differently (EXR multiplies, PNG
+does not, TIFF says which) and the modules leave it alone.
 Reads and writes EXR, PNG, TIFF, JPEG and HDR; the name of OUT says which.
 OUT is never a file that the command reads.
 
@@ -28,10 +31,17 @@ OUT is never a file that the command reads.
   -d, --depth D     half, float, uint8 or uint16; else EXR is half, HDR float,
                     and other formats have the depth of IN where they hold it:
                     of 8 bits comes an 8-bit PNG, of more a 16-bit one
-  --srgb            encodes the colours for viewing
   --no-network      does not keep in the picture how it is made
   --clip            takes values that OUT cannot hold to the next that it can,
                     without a word
+  --srgb            encodes the colours for viewing; a picture that is sRGB, by
+                    its own word or because it has 8 bits, is made linear first
+  --clip-negative   makes values below 0 to 0 before the modules: powers make NaN
+                    of them
+  --compression C   EXR: none, rle, zips, zip, piz, pxr24, b44, b44a, dwaa, dwab;
+                    TIFF: none, lzw, zip, packbits; else that of IN, or zip where
+                    that loses
+  --quality N       of JPEG, dwaa and dwab, 1 to 100; 95 unless asked otherwise
   --tile N          lets shader processors take a picture of up to N pixels a
                     side as one tile, 64 at least; 4096 unless asked otherwise,
                     and as many as driver and memory allow where a shader works

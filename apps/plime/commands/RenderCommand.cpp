@@ -35,10 +35,13 @@ is shown on a plane, or a generated scene, demo:NAME.
   -o, --output OUT    the picture to write: .exr .png .tif .tiff .jpg .jpeg .hdr
   -d, --depth D       half, float, uint8 or uint16; else EXR and TIFF are half,
                       HDR is float, PNG uint16 and JPEG uint8
-  --srgb              encodes the colours for viewing
   --no-network        does not keep in the picture how it is made
   --clip              takes values that OUT cannot hold to the next that it can,
                       without a word
+  --srgb              encodes the colours for viewing; a picture that is sRGB is
+                      made linear first
+  --clip-negative     makes values below 0 to 0 before --with
+  --compression C, --quality N   as "plime process" takes them
   --size WxH          1280x720 unless asked otherwise
   --samples N         sets "samples" of each display that has no -p samples;
                       says where that changes nothing
@@ -101,6 +104,7 @@ public:
         const auto scene = makeSceneInput(session.catalogue(), *input);
         for (const std::string& setting : settings) setOfScene(*scene, setting, limits);
         if (pointSize) setPointSize(*scene, limits);
+        if (wish.srgb && scene->object().slots().input("linear")) scene->set("linear", "true", limits);
         const auto displays = makeDisplays(session, *scene, limits);
         warnOfIneffectiveSamples(session, displays);
         TileChain chain(session.catalogue(), modules.tiles, limits);

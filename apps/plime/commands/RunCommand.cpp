@@ -36,8 +36,10 @@ are, and the format is that of the first time.
   --unchecked         accepts values outside of their limits
   -d, --depth D       half, float, uint8 or uint16; else as the network says
   --srgb              encodes the colours for viewing, also where the network
-                      does not say so
+                      does not say so; see "plime help process"
   --no-network        does not keep in the picture how it is made
+  --clip-negative     makes values below 0 to 0 before tile processors
+  --compression C, --quality N   as "plime process" takes them
   --size WxH, --camera …, --up …, --background …
                       instead of what the network says of its drawn views, as
                       "plime render" takes them
@@ -90,6 +92,7 @@ public:
     }
 
     int run(Session& session) override {
+        clipsNegative = wish.clipNegative;
         const WriteOptions asked = wish.writeOptions(session.options());
         Network network = networkOf(path);
         const auto folder = std::filesystem::path(path).parent_path();
@@ -169,6 +172,7 @@ private:
         wish.path = output;
         wish.depth.reset();
         wish.srgb = asked.srgb || shown.srgb;
+        wish.clipNegative = clipsNegative || shown.clipNegative;
         const std::optional<PixelDepth> depth = asked.depth ? asked.depth : shown.depth;
         const auto& held = outputFormat(output).depths;
         if (!depth) return;
@@ -217,6 +221,7 @@ private:
     ViewOptions view;
     std::vector<std::string> settings;
     bool unchecked = false, resume = false;
+    bool clipsNegative = false; ///< asked for, whatever the network says
 };
 
 } // namespace

@@ -46,6 +46,8 @@ public:
         view().processorTiles = {width, height, overlap};
     }
 
+    /// Values below 0 are 0 before the processors.
+    void clipNegative(bool clips) { view().clipNegative = clips; }
     /// What was asked of the file: -d and --srgb.
     void setOutput(const WriteOptions& options) {
         view().depth = options.depth;

@@ -3,6 +3,7 @@
 
 #include "apps/plime/pictures/FreeSpace.h"
 #include "apps/plime/terminal/Interruption.h"
+#include "apps/plime/terminal/Numbers.h"
 
 #include "host/values/VValueTrait.h"
 
@@ -26,6 +27,9 @@ void OutputWish::addTo(Syntax& syntax) {
     syntax.options.push_back({"--srgb", &srgb});
     syntax.options.push_back({"--clip", &clip});
     syntax.options.push_back({"--no-network", &noNetwork});
+    syntax.options.push_back({"--clip-negative", &clipNegative});
+    syntax.options.push_back({"--compression", &compression});
+    syntax.options.push_back({"--quality", &quality});
 }
 
 std::string OutputWish::requirePath() const {
@@ -41,6 +45,8 @@ WriteOptions OutputWish::writeOptions(const GlobalOptions& global) const {
     WriteOptions options;
     options.srgb = srgb;
     options.noClobber = global.noClobber;
+    options.compression = compression;
+    if (quality) options.quality = wholeNumber("--quality", *quality, 1, 100);
     if (depth && !(options.depth = depthFromName(*depth)))
         throw Failure(Fault::Usage, {"-d,--depth",
                                      "knows no such depth",
@@ -62,13 +68,14 @@ Failure interruptedAfter(std::size_t written, std::size_t all, const Failure& in
 }
 
 PictureOutput::PictureOutput(const OutputWish& wish, const GlobalOptions& global,
-                             const PictureDescription& description, int tileSide)
+                             const PictureDescription& description, const Storage& storage)
     : path(wish.requirePath()),
       clip(wish.clip),
       pixelCount(static_cast<std::uint64_t>(description.width) *
                  static_cast<std::uint64_t>(description.height)) {
     WriteOptions options = wish.writeOptions(global);
-    options.tileSide = tileSide;
+    options.tileSide = storage.tileSide;
+    options.alphaAsItStands = storage.alphaAsItStands;
     PictureDescription written = description;
     if (wish.noNetwork) written.remove(NetworkName);
     writer = PictureWriter::create(path, written, options);
@@ -109,10 +116,11 @@ void PictureOutput::tellOfValues(Report& report, bool formulaMakesNaN) const {
           {}});
     tell(report, writer->notNumberCount(), formulaMakesNaN,
          {path,
-          std::to_string(writer->notNumberCount()) + " values are not numbers and were written as 0",
+          std::to_string(writer->notNumberCount()) +
+              " pixels have values that are not numbers and were written as grey",
           "",
           "",
-          advice,
+          "",
           {}});
 }
 

@@ -13,13 +13,15 @@
 
 namespace workbench {
 
-/// What people ask of an output picture: -o, -d, --srgb, --no-network.
+/// What people ask of an output picture: -o, -d, --srgb, --no-network, --clip-negative, --compression, --quality.
 struct OutputWish {
     std::optional<std::string> path;
     std::optional<std::string> depth;
     bool srgb = false;
-    bool noNetwork = false; ///< how it is made is not kept in it
-    bool clip = false;      ///< values that the format cannot hold are not told
+    bool noNetwork = false;    ///< how it is made is not kept in it
+    bool clip = false;         ///< values that the format cannot hold are not told
+    bool clipNegative = false; ///< values below 0 become 0 before tile processors
+    std::optional<std::string> compression = {}, quality = {};
 
     /// Adds the options to a command's syntax.
     void addTo(Syntax& syntax);
@@ -37,14 +39,25 @@ struct OutputWish {
 /// Writes one picture and says what its format could not keep.
 class PictureOutput {
 public:
-    /// Begins the file; see PictureWriter::create. With a side of tiles it is stored in tiles.
+    /// How the picture is stored beyond what is wished for.
+    struct Storage {
+        int tileSide = 0;             ///< of tiles; 0: rows
+        bool alphaAsItStands = false; ///< alpha is no coverage; see WriteOptions
+    };
+
+    /// Begins the file; see PictureWriter::create.
     PictureOutput(const OutputWish& wish, const GlobalOptions& global, const PictureDescription& description,
-                  int tileSide = 0);
+                  const Storage& storage);
+    PictureOutput(const OutputWish& wish, const GlobalOptions& global, const PictureDescription& description)
+        : PictureOutput(wish, global, description, {}) {}
 
     /// Writes the next rows.
     void write(int first, int count, const krod::RGBAHalf* pixels, const ExtraRows* extra = nullptr);
     /// Writes a part of a picture that is stored in tiles; see PictureWriter::writeBlock.
     void writeBlock(const PixelWindow& part, const krod::RGBAHalf* pixels);
+    [[nodiscard]] PixelDepth depth() const { return writer->depth(); }
+    /// Whether the writer divides or multiplies colors by alpha.
+    [[nodiscard]] bool changesColorsByAlpha() const { return writer->alphaChange() != AlphaChange::None; }
     /// Throws Failure(Output) unless the disk has room for the picture, as large as it can become, and for so
     /// many bytes of finished tiles. Before the work.
     void requireRoom(std::uint64_t tiles) const;

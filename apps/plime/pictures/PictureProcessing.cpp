@@ -3,6 +3,8 @@
 
 #include "apps/plime/commandline/ViewOptions.h"
 #include "apps/plime/modules/SceneInput.h"
+#include "apps/plime/pictures/ChainWatch.h"
+#include "apps/plime/pictures/InputLoss.h"
 #include "apps/plime/pictures/KeptTiles.h"
 #include "apps/plime/pictures/MemoryUse.h"
 #include "apps/plime/pictures/TilePass.h"
@@ -71,9 +73,9 @@ void refuseOtherInput(const std::string& input) {
 }
 
 /// Only what is no picture is looked at further, since a picture may have any name.
-std::unique_ptr<PictureReader> opened(const std::string& input) {
+std::unique_ptr<PictureReader> opened(const std::string& input, bool linear) {
     try {
-        return PictureReader::open(input);
+        return PictureReader::open(input, {}, linear);
     } catch (const Failure& failure) {
         if (failure.fault() == Fault::Input) refuseOtherInput(input);
         throw;
@@ -127,7 +129,7 @@ Network PictureProcessing::process(const PictureJob& job, const ProgressPart* pa
 
 Network PictureProcessing::processInTiles(const PictureJob& job, const ProgressPart* part,
                                           TileAttempt& attempt) {
-    const auto reader = opened(job.input);
+    const auto reader = opened(job.input, wish.srgb);
     wish.path = job.output;
     const TilingTask task = taskOf(job.input, *reader);
     TilingWish wanted = tiling;
@@ -142,15 +144,14 @@ Network PictureProcessing::processInTiles(const PictureJob& job, const ProgressP
     Provenance made = provenance;
     made.showPicture(job.input);
     made.setOutput(wish.writeOptions(session.options()));
+    made.clipNegative(wish.clipNegative);
     if (task.shaderSide) made.setTiles(plan.tileWidth(), plan.tileHeight(), plan.overlap());
     const PictureDescription description = outputDescription(*reader, networks.lineFor(made));
     const auto work = [&](TileJournal* journal) {
-        PictureOutput output(wish, session.options(), description);
-        output.requireRoom(journal ? journal->missingBytes(pixelsOf(reader->description())) : 0);
-        writeProcessed(*reader, plan, output, job, part, journal);
+        writeAttempt(job, *reader, plan, description, part, journal);
     };
     if (task.shaderSide && plan.count() > 1) {
-        TileJournal journal(job.output, jobOf(job.input, made), resume && !attempt.side);
+        TileJournal journal(job.output, jobOf(job.input, wish.srgb, made), resume && !attempt.side);
         keepTilesDuring(session.report(), {journal, attempt, resume, static_cast<std::size_t>(plan.count())},
                         [&] { work(&journal); });
     } else {
@@ -158,21 +159,33 @@ Network PictureProcessing::processInTiles(const PictureJob& job, const ProgressP
         work(nullptr);
     }
     warnOfIdleOptions(task, plan);
-    for (const std::string& note : reader->description().notes)
-        session.report().note({job.input, note, "", "", "", {}});
-    if (reader->overflowCount() > 0)
-        session.report().warning(
-            {job.input,
-             std::to_string(reader->overflowCount()) + " values are too large for a half and became infinite",
-             "",
-             "",
-             "",
-             {}});
     return made.network();
 }
 
+/// Writes the picture, and once more from its beginning where the modules turn out to change alpha, which is no
+/// coverage then.
+void PictureProcessing::writeAttempt(const PictureJob& job, PictureReader& reader, const TilePlan& plan,
+                                     const PictureDescription& description, const ProgressPart* part,
+                                     TileJournal* journal) {
+    const auto write = [&](bool alphaAsItStands) {
+        PictureOutput output(wish, session.options(), description, {0, alphaAsItStands});
+        output.requireRoom(journal ? journal->missingBytes(pixelsOf(description)) : 0);
+        ChainWatch watch({wish.clipNegative, output.changesColorsByAlpha()});
+        writeProcessed(reader, plan, output, watch, job, part, journal);
+        tellOfInput(session.report(), job.input, reader.description(), wish.srgb);
+        tellOfValueLoss(session.report(), job.input, reader.loss(), description.depth, output.depth());
+        tellOfNegatives(session.report(), job.input, watch.notNumbersFromNegative(), pixelsOf(description));
+    };
+    try {
+        write(false);
+    } catch (const AlphaChanged&) {
+        tellOfChangedAlpha(session.report(), job.output);
+        write(true);
+    }
+}
+
 void PictureProcessing::writeProcessed(PictureReader& reader, const TilePlan& plan, PictureOutput& output,
-                                       const PictureJob& job, const ProgressPart* part,
+                                       ChainWatch& watch, const PictureJob& job, const ProgressPart* part,
                                        TileJournal* journal) {
     const std::uint64_t pixels = pixelsOf(reader.description());
     std::optional<Progress> own;
@@ -186,14 +199,17 @@ void PictureProcessing::writeProcessed(PictureReader& reader, const TilePlan& pl
         shown.line.show(shown.begin + pieces(share),
                         pieces(static_cast<double>(taken) / static_cast<double>(plan.count())));
     };
-    processTiles(chain, plan, reader, output, done, journal);
+    processTiles(chain, plan, reader, output, watch, done, journal);
     shown.line.clear();
     output.finish(session.report(), chain.makesNaN());
 }
 
-/// The text of the job that tiles belong to; the file's depth and curve do not change them.
-std::string PictureProcessing::jobOf(const std::string& input, Provenance made) {
-    made.setOutput({});
+/// The text of the job that tiles belong to; the file's depth does not change them, nor does its curve where the
+/// input is not made linear for it.
+std::string PictureProcessing::jobOf(const std::string& input, bool linear, Provenance made) {
+    WriteOptions curve;
+    curve.srgb = linear;
+    made.setOutput(curve);
     std::vector<const ModuleInstance*> modules;
     for (const auto& module : chain.instances()) modules.push_back(module.get());
     return jobText(session, openGL.rendering(), fingerprintOf(made.kept()), modules, input);

@@ -17,6 +17,7 @@
 
 namespace workbench {
 
+class ChainWatch;
 class TileJournal;
 
 /// What --tile and --overlap mean for tile processors. Throws Failure(Usage).
@@ -61,9 +62,11 @@ public:
 
 private:
     Network processInTiles(const PictureJob& job, const ProgressPart* part, TileAttempt& attempt);
-    void writeProcessed(PictureReader& reader, const TilePlan& plan, PictureOutput& output,
+    void writeProcessed(PictureReader& reader, const TilePlan& plan, PictureOutput& output, ChainWatch& watch,
                         const PictureJob& job, const ProgressPart* part, TileJournal* journal);
-    [[nodiscard]] std::string jobOf(const std::string& input, Provenance made);
+    void writeAttempt(const PictureJob& job, PictureReader& reader, const TilePlan& plan,
+                      const PictureDescription& description, const ProgressPart* part, TileJournal* journal);
+    [[nodiscard]] std::string jobOf(const std::string& input, bool linear, Provenance made);
     void tellOfNothingKept(const std::string& input, bool usesShaders);
     void warnOfIdleOptions(const TilingTask& task, const TilePlan& plan);
     [[nodiscard]] TilingTask taskOf(const std::string& input, const PictureReader& reader);

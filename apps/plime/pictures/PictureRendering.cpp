@@ -3,7 +3,9 @@
 
 #include "apps/plime/modules/ModulePages.h"
 #include "apps/plime/modules/SceneInput.h"
+#include "apps/plime/pictures/ChainWatch.h"
 #include "apps/plime/pictures/DrawingPlan.h"
+#include "apps/plime/pictures/InputLoss.h"
 #include "apps/plime/pictures/KeptTiles.h"
 #include "apps/plime/pictures/MemoryUse.h"
 #include "apps/plime/pictures/PictureDrawing.h"
@@ -31,6 +33,8 @@ PictureDescription descriptionOf(const FrameSetup& setup, const std::string& net
     description.width = setup.width;
     description.height = setup.height;
     description.hasAlpha = true;
+    description.alphaIsAssociated = true;
+    description.transfer = Transfer::Linear;
     setNetworkLine(description, network);
     return description;
 }
@@ -138,10 +142,11 @@ TilingWish wishOf(const ViewOptions& view, const TileAttempt& attempt) {
 
 /// Takes the drawn picture through the chain, if there is a plan for one, and writes it.
 void writeDrawn(const RenderTask& task, const std::optional<TilePlan>& plan, const PictureDrawing& drawing,
-                const PictureDescription& description, bool inBlocks, PictureOutput& output) {
+                const PictureDescription& description, bool inBlocks, PictureOutput& output,
+                ChainWatch& watch) {
     if (plan) {
         DrawnPicture drawn(drawing, description);
-        processTiles(task.chain, *plan, drawn, output, [](double) {});
+        processTiles(task.chain, *plan, drawn, output, watch, [](double) {});
         return;
     }
     DrawnTiles tiles(drawing);
@@ -228,15 +233,26 @@ void drawToFile(Session& session, OpenGLOnDemand& openGL, const RenderTask& task
     rendering.targets().allow(planned.targetBytes + tileBytes(task, plan));
     const std::string job = jobOf(session, rendering, task, provenance);
     provenance.setOutput(task.wish.writeOptions(session.options()));
+    provenance.clipNegative(task.wish.clipNegative);
     const std::string path = task.wish.requirePath();
     const PictureDescription description = descriptionOf(setup, task.networks.lineFor(provenance));
     PictureDrawing drawing{rendering, topOf(task), task.pool, setup, path, session.options().quiet};
-    const auto draw = [&] {
+    const auto write = [&](bool alphaAsItStands) {
         PictureOutput output(task.wish, session.options(), description,
-                             planned.inBlocks ? StoredTileSide : 0);
+                             {planned.inBlocks ? StoredTileSide : 0, alphaAsItStands});
         output.requireRoom(drawing.journal ? drawing.journal->missingBytes(pixelCount(setup)) : 0);
-        writeDrawn(task, plan, drawing, description, planned.inBlocks, output);
+        ChainWatch watch({task.wish.clipNegative, output.changesColorsByAlpha()});
+        writeDrawn(task, plan, drawing, description, planned.inBlocks, output, watch);
         output.finish(session.report(), makesNaN(task));
+        tellOfNegatives(session.report(), path, watch.notNumbersFromNegative(), pixelCount(setup));
+    };
+    const auto draw = [&] {
+        try {
+            write(false);
+        } catch (const AlphaChanged&) {
+            tellOfChangedAlpha(session.report(), path);
+            write(true);
+        }
     };
     if (tiles.size() == 1) {
         draw();

@@ -32,6 +32,7 @@ struct Pass {
     const TilePlan& plan;
     PictureReader& reader;
     PictureOutput& output;
+    ChainWatch& watch;
     const std::function<void(double)>& done;
     TileJournal* journal;
     int width = reader.description().width;
@@ -46,8 +47,11 @@ struct Pass {
         strip.first = rows.begin;
         strip.count = rows.length;
         reader.readRows(strip.first, strip.count, strip.pixels->data(), &strip.extra);
+        watch.remember(strip.pixels->data(), size);
+        watch.prepare(strip.pixels->data(), size);
         krod::ImageTile tile(width, rows.length, strip.pixels);
         chain.process(tile);
+        watch.compare(strip.pixels->data(), size);
         strip = writer.write(std::move(strip));
     }
 
@@ -64,10 +68,12 @@ struct Pass {
             const auto size =
                 static_cast<std::size_t>(columns.length) * static_cast<std::size_t>(rows.length);
             if (const auto kept = journal ? journal->take(number, size) : std::nullopt) {
+                watchTile(*kept, columns, rows);
                 enter(*kept, columns, rows, band);
             } else {
                 const Store store = keptPart(columns, rows);
                 if (journal) journal->keep(number, {store->data(), size});
+                watchTile({store->data(), size}, columns, rows);
                 enter({store->data(), size}, columns, rows, band);
             }
             done((index + static_cast<double>(i + 1) / plan.columns()) / plan.rows());
@@ -85,6 +91,7 @@ struct Pass {
             const krod::RGBAHalf* const row = window.row(rows.seenBegin + y) + columns.seenBegin;
             pixels.insert(pixels.end(), row, row + columns.seenLength);
         }
+        watch.prepare(pixels.data(), pixels.size());
         Store store = processed(chain, std::move(pixels), columns.seenLength, rows.seenLength);
         for (int y = 0; y < rows.length; ++y) {
             const std::ptrdiff_t line = rows.begin - rows.seenBegin + y;
@@ -93,6 +100,14 @@ struct Pass {
             std::copy(from, from + columns.length, store->data() + std::ptrdiff_t{y} * columns.length);
         }
         return store;
+    }
+
+    void watchTile(std::span<const krod::RGBAHalf> tile, const TileSpan& columns, const TileSpan& rows) {
+        const auto length = static_cast<std::size_t>(columns.length);
+        for (int y = 0; y < rows.length; ++y) {
+            watch.remember(window.row(rows.begin + y) + columns.begin, length);
+            watch.compare(tile.data() + static_cast<std::size_t>(y) * length, length);
+        }
     }
 
     void enter(std::span<const krod::RGBAHalf> tile, const TileSpan& columns, const TileSpan& rows,
@@ -106,8 +121,8 @@ struct Pass {
 } // namespace
 
 void processTiles(const TileChain& chain, const TilePlan& plan, PictureReader& reader, PictureOutput& output,
-                  const std::function<void(double share)>& done, TileJournal* journal) {
-    Pass pass{chain, plan, reader, output, done, journal};
+                  ChainWatch& watch, const std::function<void(double share)>& done, TileJournal* journal) {
+    Pass pass{chain, plan, reader, output, watch, done, journal};
     for (int i = 0; i < plan.rows(); ++i) {
         throwIfInterrupted();
         const TileSpan rows = plan.row(i);

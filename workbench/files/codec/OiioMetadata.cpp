@@ -10,8 +10,23 @@ namespace {
 /// A TIFF has no place for texts of one's own. Photo programs do not show this one as the picture's caption.
 constexpr std::string_view DocumentName = "DocumentName";
 
+/// Whether the library finds a place for an entry of that name in a TIFF file; what it does not know it leaves out.
+bool isKeptByTiff(std::string_view name) {
+    constexpr std::string_view Names[] = {
+        "Artist",           "Copyright", "DateTime",      "DocumentName", "HostComputer",  "ICCProfile",
+        "ImageDescription", "Make",      "Model",         "Orientation",  "PageName",      "PageNumber",
+        "ResolutionUnit",   "Software",  "XResolution",   "YResolution",  "XPosition",     "YPosition",
+        "compression",      "Keywords",  "textureformat", "wrapmodes",    "worldtocamera", "worldtoscreen"};
+    if (name == "Exif:FNumber" || name == "Exif:ExposureTime")
+        return false; // it knows them without the prefix
+    return name == "FNumber" || name == "ExposureTime" || name.starts_with("Exif:") ||
+           name.starts_with("IPTC:") ||
+           std::find(std::begin(Names), std::end(Names), name) != std::end(Names);
+}
+
 /// False where the format has no place for the entry.
-bool enterOne(const Metadatum& entry, OIIO::ImageSpec& spec) {
+bool enterOne(const Metadatum& entry, const PictureFormat& format, OIIO::ImageSpec& spec) {
+    if (format.name == "TIFF" && !isKeptByTiff(entry.name) && !isHint(entry.name)) return false;
     if (entry.type == "string") {
         spec.attribute(entry.name, entry.text);
         return true;
@@ -52,7 +67,7 @@ void enterMetadata(const std::vector<Metadatum>& metadata, const PictureFormat& 
         if (entry.name == DocumentName && entry.type == "string") document = &entry;
         if (entry.name == NetworkName && entry.type == "string")
             network = &entry;
-        else if ((!format.holdsTexts || !enterOne(entry, spec)) && !isHint(entry.name))
+        else if ((!format.holdsTexts || !enterOne(entry, format, spec)) && !isHint(entry.name))
             dropped.push_back(entry.name);
     }
     if (!network) return;

@@ -8,6 +8,7 @@
 #include "workbench/report/Failure.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace workbench {
 namespace {
@@ -45,6 +46,25 @@ std::uint64_t bytesWhileReading(const std::string& format, const OIIO::ImageSpec
     return samples * spec.format.size();
 }
 
+/// Formats whose colors stand beside alpha, and of which the library hands out them multiplied nevertheless.
+bool comesMultiplied(const std::string& format) { return format == "webp"; }
+
+/// By the file's own word, else by what is usual: bytes are encoded for viewing, floats proportional to light.
+Transfer transferOf(const OIIO::ImageSpec& spec, PixelDepth depth) {
+    const std::string profile = spec.get_string_attribute("ICCProfile:profile_description");
+    if (!profile.empty()) return isSrgbName(profile) ? Transfer::Srgb : Transfer::Unknown;
+    if (depth == PixelDepth::Half || depth == PixelDepth::Float) return Transfer::Linear;
+    constexpr int ExifSrgb = 1;
+    if (spec.get_int_attribute("Exif:ColorSpace") == ExifSrgb || depth == PixelDepth::UInt8)
+        return Transfer::Srgb;
+    return Transfer::Unknown;
+}
+
+bool isLossy(const std::string& format, const OIIO::ImageSpec& spec) {
+    const std::string compression = spec.get_string_attribute("compression");
+    return format == "jpeg" || format == "webp" || format == "jpeg2000" || compression == "jpeg";
+}
+
 } // namespace
 
 OiioReader::OiioReader(const std::filesystem::path& path) : PictureReader(path) {
@@ -60,6 +80,7 @@ OiioReader::OiioReader(const std::filesystem::path& path) : PictureReader(path) 
                                      "Check that the file is complete and has its right extension",
                                      {}});
     describe();
+    countPictures();
 }
 
 /// The library takes what follows a question mark for options. A file with one in its name is opened by its number,
@@ -81,7 +102,7 @@ void OiioReader::describe() {
     checkPictureSize(file, spec.width, spec.height, spec.nchannels,
                      static_cast<std::int64_t>(spec.nchannels) *
                          static_cast<std::int64_t>(spec.format.size()),
-                     std::filesystem::file_size(file));
+                     std::filesystem::file_size(file), input->format_name());
     if (spec.tile_width > 0 && spec.tile_height < 1) // rows are found by it
         throw Failure(Fault::Input, {file.string(),
                                      "declares tiles that cannot be",
@@ -103,12 +124,35 @@ void OiioReader::describe() {
     about.hasAlpha = alpha >= 0;
     for (int channel = colours; channel < spec.nchannels; ++channel)
         if (channel != alpha) about.unreadChannels.push_back(spec.channel_name(channel));
+    about.alphaIsAssociated =
+        about.hasAlpha && about.format == "tiff" && spec.get_int_attribute("oiio:UnassociatedAlpha") == 0;
+    about.transfer = transferOf(spec, about.depth);
+    about.isLossy = isLossy(about.format, spec);
+    about.orientation = std::clamp(spec.get_int_attribute("Orientation", 1), 1, 8);
+    const float aspect = spec.get_float_attribute("PixelAspectRatio", 1);
+    about.pixelAspect = aspect > 0 && std::isfinite(aspect) ? aspect : 1;
     about.metadata = metadataOf(spec);
     about.readerBytes = bytesWhileReading(about.format, spec);
     storedType = typeOf(about.depth);
     rowBytes =
         static_cast<std::size_t>(spec.width) * static_cast<std::size_t>(spec.nchannels) * storedType.size();
     decoder.emplace(about.depth, spec.nchannels, about.isGrey, alpha);
+}
+
+/// Formats that do not say how many pictures there are let one look for them.
+void OiioReader::countPictures() {
+    constexpr int Most = 10000;
+    int count = input->spec().get_int_attribute("oiio:subimages");
+    if (count < 1 && (about.format == "tiff" || about.format == "gif")) {
+        const QuietErrors quiet;
+        for (count = 1; count < Most && input->seek_subimage(count, 0);) ++count;
+        static_cast<void>(input->geterror());
+        if (!input->seek_subimage(0, 0)) fail(0, 1);
+    }
+    about.furtherPictures = std::clamp(count - 1, 0, Most);
+    about.furtherPicturesAre = about.format == "tiff"                            ? "pages"
+                               : about.format == "gif" || about.format == "webp" ? "frames"
+                                                                                 : "pictures";
 }
 
 void OiioReader::fail(int first, int count) {
@@ -151,6 +195,13 @@ const std::byte* OiioReader::tileRow(int first, int& rowsThere) {
     return stored.data() + static_cast<std::size_t>(first - begin) * rowBytes;
 }
 
+void OiioReader::decodeRow(int row, const std::byte* from, krod::RGBAHalf* out) {
+    const auto width = static_cast<std::size_t>(about.width);
+    countLoss(row, decoder->decode(from, width, out));
+    if (!about.hasAlpha || !comesMultiplied(about.format)) return;
+    for (std::size_t x = 0; x < width; ++x) out[x] = changedByAlpha(out[x], AlphaChange::Divide);
+}
+
 void OiioReader::decodeRows(int first, int count, krod::RGBAHalf* out, ExtraRows*) {
     const auto width = static_cast<std::size_t>(about.width);
     while (count > 0) {
@@ -164,7 +215,7 @@ void OiioReader::decodeRows(int first, int count, krod::RGBAHalf* out, ExtraRows
             from = storedRows(first, rows);
         }
         for (int row = 0; row < rows; ++row, from += rowBytes, out += width)
-            countOverflows(first + row, decoder->decode(from, width, out));
+            decodeRow(first + row, from, out);
         first += rows;
         count -= rows;
     }

@@ -26,7 +26,10 @@ private:
 
     void openInput(const OIIO::ImageSpec& wishes);
     void describe();
+    void countPictures();
+    void decodeLinear() override { decoder->linearize(); }
     void decodeRows(int first, int count, krod::RGBAHalf* out, ExtraRows* extra) override;
+    void decodeRow(int row, const std::byte* from, krod::RGBAHalf* out);
     const std::byte* storedRows(int first, int count);
     const std::byte* tileRow(int first, int& rowsThere);
     [[noreturn]] void fail(int first, int count);

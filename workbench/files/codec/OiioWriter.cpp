@@ -48,7 +48,7 @@ OiioWriter::OiioWriter(const std::filesystem::path& path, const PictureDescripti
     : PictureWriter(path, description, options),
       format(outputFormat(path)),
       channels((about.isGrey ? 1 : 3) + (about.hasAlpha ? 1 : 0)),
-      encoder(storedDepth, channels, options.srgb, rangeOf(format, storedDepth)),
+      encoder(storedDepth, channels, options.srgb, rangeOf(format, storedDepth), alphaChange()),
       target(path, options.noClobber),
       proxy(target),
       output(OIIO::ImageOutput::create(codecName(format))) {
@@ -59,6 +59,10 @@ OiioWriter::OiioWriter(const std::filesystem::path& path, const PictureDescripti
     if (!output || (!byName && !output->set_ioproxy(&proxy)) ||
         !output->open((byName ? target.temporary() : path).string(), spec))
         fail();
+    if (output->spec().format != spec.format || output->spec().nchannels != spec.nchannels) {
+        output->errorfmt("its library stores other values than asked for");
+        fail();
+    }
 }
 
 OiioWriter::~OiioWriter() {
@@ -90,6 +94,13 @@ OIIO::ImageSpec OiioWriter::imageSpec(const WriteOptions& options) {
     // colons mean an unknown date.
     if (format.name == "TIFF" && !about.find("DateTime")) spec.attribute("DateTime", "    :  :     :  :  ");
     if (format.name == "TIFF" && storedDepth == PixelDepth::Half) spec.attribute("tiff:half", 1);
+    // The library divides or multiplies for PNG as it sees fit, and writes TIFF as it comes with the tag for this.
+    if (format.name == "TIFF" && about.hasAlpha && !about.alphaIsAssociated)
+        spec.attribute("oiio:UnassociatedAlpha", 1);
+    if (options.compression)
+        spec.attribute("compression", *options.compression);
+    else if (format.name == "TIFF" && spec.get_string_attribute("compression") == "jpeg")
+        spec.attribute("compression", "zip"); // what loses is used only where it is asked for
     if (options.srgb) spec.attribute("oiio:ColorSpace", "sRGB");
     return spec;
 }

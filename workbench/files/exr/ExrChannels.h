@@ -9,8 +9,9 @@
 namespace workbench {
 
 /// Sorts the channels into colour, alpha and additional ones and enters them into the description, with
-/// depth, grey and alpha. Colour are R, G and B; else Y; else the first layer with all three; else the first
-/// channel as grey. Subsampled channels and luminance with chroma are Failure(Input).
+/// depth, grey, alpha and layer. Colour are R, G and B, or their long or lower-case names; else Y; else the layer
+/// with all three that holds the whole picture by its name, or the first one; else X, Y and Z, or U and V; else
+/// the first channel as grey. Subsampled channels and luminance with chroma are Failure(Input).
 void enterChannels(const std::filesystem::path& path, const Imf::ChannelList& channels,
                    PictureDescription& description);
 

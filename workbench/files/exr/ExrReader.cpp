@@ -12,12 +12,12 @@
 #include <OpenEXR/ImfPartType.h>
 
 #include <algorithm>
+#include <cmath>
 
 namespace workbench {
 namespace {
 
-/// Rows per step: enough for every compression's block (256 at most), little enough for any width.
-constexpr int StepRows = 64;
+constexpr int StepRows = ExrStepRows;
 
 constexpr half_float::half krod::RGBAHalf::*Members[4] = {&krod::RGBAHalf::r, &krod::RGBAHalf::g,
                                                           &krod::RGBAHalf::b, &krod::RGBAHalf::a};
@@ -32,31 +32,33 @@ constexpr half_float::half krod::RGBAHalf::*Members[4] = {&krod::RGBAHalf::r, &k
                                  {}});
 }
 
-/// The rows that are compressed together.
-int rowsPerBlock(Imf::Compression compression) {
-    switch (compression) {
-    case Imf::NO_COMPRESSION:
-    case Imf::RLE_COMPRESSION:
-    case Imf::ZIPS_COMPRESSION:
-        return 1;
-    case Imf::ZIP_COMPRESSION:
-    case Imf::PXR24_COMPRESSION:
-        return 16;
+/// PXR24 cuts floats only.
+bool isLossy(const Imf::Header& header) {
+    switch (header.compression()) {
+    case Imf::B44_COMPRESSION:
+    case Imf::B44A_COMPRESSION:
+    case Imf::DWAA_COMPRESSION:
     case Imf::DWAB_COMPRESSION:
-        return 256;
+        return true;
+    case Imf::PXR24_COMPRESSION:
+        for (auto it = header.channels().begin(); it != header.channels().end(); ++it)
+            if (it.channel().type == Imf::FLOAT) return true;
+        return false;
     default:
-        return 32;
+        return false;
     }
 }
 
 /// What the library holds while rows are read: a row of tiles, or the blocks that its threads work on, each
 /// compressed, decompressed and on the way between; and our own rows before their values become halves. As on
 /// a machine with many threads, so that pictures are cut alike everywhere.
-std::uint64_t bytesWhileReading(const Imf::Header& header, std::int64_t width, std::int64_t bytesPerPixel) {
-    const std::int64_t rowBytes = width * bytesPerPixel, blocks = 2 * MostExrThreads;
-    const std::int64_t held = header.hasTileDescription()
-                                  ? rowBytes * header.tileDescription().ySize
-                                  : 3 * blocks * rowBytes * rowsPerBlock(header.compression());
+std::uint64_t bytesWhileReading(const Imf::Header& header, std::int64_t width, std::int64_t height,
+                                std::int64_t bytesPerPixel) {
+    const std::int64_t rowBytes = width * bytesPerPixel;
+    const std::int64_t rows =
+        std::int64_t{rowsInExrBlock(header.compression())} * mostExrBlocks(header.compression());
+    const std::int64_t held = header.hasTileDescription() ? rowBytes * header.tileDescription().ySize
+                                                          : 3 * rowBytes * std::min(rows, height);
     return static_cast<std::uint64_t>(held + StepRows * rowBytes);
 }
 
@@ -94,7 +96,9 @@ void ExrReader::openPart() {
         ++channels;
         bytes += it.channel().type == Imf::HALF ? 2 : 4;
     }
-    checkPictureSize(file, width, height, channels, bytes, std::filesystem::file_size(file));
+    const bool isDwa = header.compression() >= Imf::DWAA_COMPRESSION;
+    checkPictureSize(file, width, height, channels, bytes, std::filesystem::file_size(file),
+                     isDwa ? "exr" : ""); // the others pack flat pictures less
     about.format = "exr";
     about.width = static_cast<int>(width);
     about.height = static_cast<int>(height);
@@ -102,14 +106,27 @@ void ExrReader::openPart() {
     about.dataY = data.min.y;
     about.displayWindow = {display.min.x, display.min.y, display.max.x - display.min.x + 1,
                            display.max.y - display.min.y + 1};
-    about.readerBytes = bytesWhileReading(header, width, bytes);
+    about.readerBytes = bytesWhileReading(header, width, height, bytes);
     enterChannels(file, header.channels(), about);
     for (std::size_t i = 0; i < 4; ++i) {
         const Imf::Channel* channel = header.channels().findChannel(about.channelNames[i]);
         isHalf[i] = !channel || channel->type == Imf::HALF;
     }
+    about.alphaIsAssociated = about.hasAlpha;
+    about.furtherPictures = input->parts() - 1;
+    about.furtherPicturesAre = "parts";
+    const float aspect = header.pixelAspectRatio();
+    about.pixelAspect = aspect > 0 && std::isfinite(aspect) ? aspect : 1;
+    about.isLossy = isLossy(header);
     about.metadata = metadataOf(header);
+    const Metadatum* const space = about.find(ColorSpaceName);
+    about.transfer = space && isSrgbName(space->text) ? Transfer::Srgb : Transfer::Linear;
     part.emplace(*input, 0);
+}
+
+void ExrReader::decodeLinear() {
+    linearizer.emplace(PixelDepth::Half, 4, false, 3);
+    linearizer->linearize();
 }
 
 void ExrReader::insertColour(std::size_t channel, int first, int count, krod::RGBAHalf* out,
@@ -132,10 +149,9 @@ void ExrReader::convertFloats(std::size_t channel, int first, int count, krod::R
     const auto width = static_cast<std::size_t>(about.width);
     const float* value = floatValues[channel].data();
     for (int row = 0; row < count; ++row) {
-        std::uint64_t infinite = 0;
-        for (std::size_t x = 0; x < width; ++x)
-            (out++)->*Members[channel] = halfFromFloat(*value++, infinite);
-        countOverflows(first + row, infinite);
+        ValueLoss loss;
+        for (std::size_t x = 0; x < width; ++x) (out++)->*Members[channel] = halfFromFloat(*value++, loss);
+        countLoss(first + row, loss);
     }
 }
 
@@ -161,6 +177,7 @@ void ExrReader::decodeStep(int first, int count, krod::RGBAHalf* out, Imf::Frame
         if (!isHalf[i]) convertFloats(i, first, count, out);
     if (about.isGrey)
         for (std::size_t i = 0; i < pixels; ++i) out[i].g = out[i].b = out[i].r;
+    if (linearizer) linearizer->decode(reinterpret_cast<const std::byte*>(out), pixels, out);
 }
 
 void ExrReader::decodeRows(int first, int count, krod::RGBAHalf* out, ExtraRows* extra) {

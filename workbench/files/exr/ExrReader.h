@@ -20,6 +20,7 @@ public:
 
 private:
     void openPart();
+    void decodeLinear() override;
     void decodeRows(int first, int count, krod::RGBAHalf* out, ExtraRows* extra) override;
     void decodeStep(int first, int count, krod::RGBAHalf* out, Imf::FrameBuffer& buffer);
     void insertColour(std::size_t channel, int first, int count, krod::RGBAHalf* out,
@@ -28,6 +29,7 @@ private:
 
     std::unique_ptr<Imf::MultiPartInputFile> input;
     std::optional<Imf::InputPart> part;
+    std::optional<PixelDecoder> linearizer;        ///< of decoded pixels, where they are to be linear
     std::array<bool, 4> isHalf{};                  ///< of red, green, blue and alpha
     std::array<std::vector<float>, 4> floatValues; ///< rows of the channels that are not half
 };

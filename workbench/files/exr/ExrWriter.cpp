@@ -22,13 +22,19 @@ Imf::PixelType pixelType(ExtraType type) {
     return type == ExtraType::Half ? Imf::HALF : type == ExtraType::Float ? Imf::FLOAT : Imf::UINT;
 }
 
+/// The names in the order of the library's numbers.
+Imf::Compression compressionNamed(std::string_view name) {
+    const auto& names = outputFormat("a.exr").compressions;
+    return static_cast<Imf::Compression>(std::find(names.begin(), names.end(), name) - names.begin());
+}
+
 } // namespace
 
 ExrWriter::ExrWriter(const std::filesystem::path& path, const PictureDescription& description,
                      const WriteOptions& options)
     : PictureWriter(path, description, options),
-      encoder(storedDepth, 4, options.srgb, ValueRange::All),
-      copiesHalves(storedDepth == PixelDepth::Half && !options.srgb),
+      encoder(storedDepth, 4, options.srgb, ValueRange::All, alphaChange()),
+      copiesHalves(storedDepth == PixelDepth::Half && !options.srgb && alphaChange() == AlphaChange::None),
       target(path, options.noClobber),
       stream(target) {
     prepareExrLibrary();
@@ -44,6 +50,19 @@ ExrWriter::ExrWriter(const std::filesystem::path& path, const PictureDescription
     });
 }
 
+/// What loses is used only where it is asked for.
+void ExrWriter::setCompression(const WriteOptions& options, Imf::Header& header) const {
+    const bool cutsFloats =
+        header.compression() == Imf::PXR24_COMPRESSION && storedDepth == PixelDepth::Float;
+    if (options.compression)
+        header.compression() = compressionNamed(*options.compression);
+    else if (header.compression() >= Imf::B44_COMPRESSION || cutsFloats)
+        header.compression() = Imf::ZIP_COMPRESSION;
+    constexpr float LevelPerQuality = 9; // the usual 95 is the library's usual level of 45
+    header.erase("dwaCompressionLevel");
+    header.dwaCompressionLevel() = static_cast<float>(100 - options.quality.value_or(95)) * LevelPerQuality;
+}
+
 Imf::Header ExrWriter::header(const WriteOptions& options) {
     const auto window = [](int x, int y, int width, int height) {
         return Imath::Box2i(Imath::V2i(x, y), Imath::V2i(x + width - 1, y + height - 1));
@@ -53,7 +72,7 @@ Imf::Header ExrWriter::header(const WriteOptions& options) {
     Imf::Header result(window(display.x, display.y, display.width, display.height),
                        window(about.dataX, about.dataY, about.width, about.height));
     enterMetadata(about.metadata, result, droppedNames);
-    if (options.compression == ExrCompression::None) result.compression() = Imf::NO_COMPRESSION;
+    setCompression(options, result);
     if (options.tileSide > 0) {
         const auto side = static_cast<unsigned>(options.tileSide);
         result.setTileDescription(Imf::TileDescription(side, side, Imf::ONE_LEVEL));

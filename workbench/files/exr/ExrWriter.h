@@ -36,6 +36,7 @@ private:
     };
 
     [[nodiscard]] Imf::Header header(const WriteOptions& options);
+    void setCompression(const WriteOptions& options, Imf::Header& header) const;
     [[nodiscard]] Imf::FrameBuffer colours(const PixelWindow& part, const krod::RGBAHalf* pixels);
     void insertExtra(int first, std::size_t rowOffset, const ExtraRows& extra,
                      Imf::FrameBuffer& buffer) const;

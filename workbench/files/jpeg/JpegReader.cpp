@@ -190,7 +190,7 @@ void JpegReader::decodeRows(int first, int count, krod::RGBAHalf* out, ExtraRows
     if (!isStarted) start();
     while (nextRow < first) nextStoredRow();
     for (int row = first; row < first + count; ++row, out += width)
-        countOverflows(row, decoder->decode(nextStoredRow(), width, out));
+        countLoss(row, decoder->decode(nextStoredRow(), width, out));
 }
 
 } // namespace workbench

@@ -27,6 +27,7 @@ private:
     void begin();
     void start();
     void describe();
+    void decodeLinear() override { decoder->linearize(); }
     void describeColors();
     void noteWarnings();
     void decodeRows(int first, int count, krod::RGBAHalf* out, ExtraRows* extra) override;

@@ -58,6 +58,8 @@ std::optional<double> numberIn(const Metadatum* entry) {
 
 bool describesStorage(const Metadatum& entry) {
     constexpr std::string_view Names[] = {"oiio:BitsPerSample",
+                                          "oiio:UnassociatedAlpha",
+                                          "tiff:ColorSpace",
                                           "oiio:subimages",
                                           "oiio:subimagename",
                                           "planarconfig",

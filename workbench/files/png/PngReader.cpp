@@ -137,7 +137,7 @@ const std::byte* PngReader::storedRow(int row) {
 void PngReader::decodeRows(int first, int count, krod::RGBAHalf* out, ExtraRows*) {
     const auto width = static_cast<std::size_t>(about.width);
     for (int row = first; row < first + count; ++row, out += width)
-        countOverflows(row, decoder->decode(storedRow(row), width, out));
+        countLoss(row, decoder->decode(storedRow(row), width, out));
 }
 
 } // namespace workbench

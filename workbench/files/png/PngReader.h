@@ -25,6 +25,7 @@ private:
 
     void begin();
     void describe();
+    void decodeLinear() override { decoder->linearize(); }
     void decodeRows(int first, int count, krod::RGBAHalf* out, ExtraRows* extra) override;
     const std::byte* storedRow(int row);
     void decodeWhole();

@@ -31,7 +31,7 @@ PngWriter::PngWriter(const std::filesystem::path& path, const PictureDescription
                      const WriteOptions& options)
     : PictureWriter(path, description, options),
       channels((about.isGrey ? 1 : 3) + (about.hasAlpha ? 1 : 0)),
-      encoder(storedDepth, channels, options.srgb, ValueRange::Unit),
+      encoder(storedDepth, channels, options.srgb, ValueRange::Unit, alphaChange()),
       target(path, options.noClobber),
       png(PngSession::Use::Write) {
     writeHead(options);

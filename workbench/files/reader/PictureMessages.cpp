@@ -2,6 +2,7 @@
 #include "workbench/files/reader/PictureMessages.h"
 
 #include "host/rendering/RGBAHalf.h"
+#include "workbench/files/PixelConversion.h"
 
 #include <bit>
 #include <limits>
@@ -47,8 +48,8 @@ void pack(ParcelWriter& parcel, const PixelWindow& window) {
 
 SlotLayout::SlotLayout(const PictureDescription& about, int rows) {
     const std::size_t values = static_cast<std::size_t>(about.width) * static_cast<std::size_t>(rows);
-    overflowsAt = values * sizeof(krod::RGBAHalf);
-    all = overflowsAt + static_cast<std::size_t>(rows) * sizeof(std::uint64_t);
+    lossesAt = values * sizeof(krod::RGBAHalf);
+    all = lossesAt + static_cast<std::size_t>(rows) * sizeof(ValueLoss);
     for (const ExtraChannel& channel : about.extraChannels) {
         planesAt.push_back(all);
         all += values * channel.bytesPerValue();
@@ -64,6 +65,7 @@ std::string packed(const OpenRequest& request) {
         .number(request.needsCodec)
         .number(request.memory)
         .integer(request.seconds)
+        .number(request.linear)
         .bytes();
 }
 
@@ -75,6 +77,7 @@ OpenRequest openRequestIn(std::string_view bytes) {
     request.needsCodec = parcel.flag();
     request.memory = parcel.number();
     request.seconds = parcel.integer(0);
+    request.linear = parcel.flag();
     parcel.end();
     return request;
 }

@@ -21,6 +21,7 @@ struct OpenRequest {
     bool needsCodec = false;  ///< it is read by OpenImageIO
     std::uint64_t memory = 0; ///< bytes that reading may need at most, whatever the picture declares
     int seconds = 0;          ///< of the processor, beside what decoding of its pixels takes
+    bool linear = false;      ///< colors that are sRGB are made linear
 };
 
 /// Rows that are to be decoded into a slot.
@@ -42,14 +43,14 @@ class SlotLayout {
 public:
     SlotLayout(const PictureDescription& about, int rows);
 
-    /// The pixels lie at 0, the number of values that became infinite, a std::uint64_t for each row, here.
-    [[nodiscard]] std::size_t overflows() const { return overflowsAt; }
+    /// The pixels lie at 0, what was lost of them, a ValueLoss for each row, here.
+    [[nodiscard]] std::size_t losses() const { return lossesAt; }
     /// The rows of an additional channel.
     [[nodiscard]] std::size_t plane(std::size_t channel) const { return planesAt[channel]; }
     [[nodiscard]] std::size_t size() const { return all; }
 
 private:
-    std::size_t overflowsAt = 0, all = 0;
+    std::size_t lossesAt = 0, all = 0;
     std::vector<std::size_t> planesAt;
 };
 

@@ -106,8 +106,8 @@ void decode(PictureReader& reader, const RowsRequest& rows, const Slots& slots) 
     ExtraRows extra;
     reader.readRows(rows.first, rows.count, reinterpret_cast<krod::RGBAHalf*>(slot),
                     rows.withExtra ? &extra : nullptr);
-    const std::vector<std::uint64_t>& overflows = reader.overflowsByRow();
-    std::memcpy(slot + slots.layout->overflows(), overflows.data(), overflows.size() * sizeof overflows[0]);
+    const std::vector<ValueLoss>& losses = reader.lossByRow();
+    std::memcpy(slot + slots.layout->losses(), losses.data(), losses.size() * sizeof losses[0]);
     for (std::size_t i = 0; i < extra.size(); ++i)
         std::memcpy(slot + slots.layout->plane(i), extra[i].data(), extra[i].size());
 }
@@ -154,6 +154,7 @@ void servePicture(const OpenRequest& request, Channel& channel, const PictureOpe
         std::filesystem::current_path(request.folder, ignored);
         memory.allow(HeadMemory + std::filesystem::file_size(request.path));
         reader = open(request.path);
+        if (request.linear) reader->linearize();
         channel.send(MessageKind::Opened, packed(reader->description()));
         memory.allow(HeadMemory + Copies * bytesOf(reader->description()));
     });

@@ -40,14 +40,16 @@ std::filesystem::path pathElsewhere(const std::filesystem::path& path) {
 }
 
 /// A process for the picture. What this process lacks for it is a failure of this picture.
-Channel conversation(const std::filesystem::path& path, const PictureLimits& limits, ReaderProgram& program) {
+Channel conversation(const std::filesystem::path& path, const PictureLimits& limits, bool linear,
+                     ReaderProgram& program) {
     try {
         std::error_code ignored; // then the path is an absolute one, or leads nowhere
         const std::string folder = std::filesystem::current_path(ignored).string();
         // Of the processor, so that a decoder without an answer in time is called that.
         const std::int64_t seconds = 2 * std::chrono::ceil<std::chrono::seconds>(limits.time).count();
         return program.open({folder, pathElsewhere(path).string(), ownFormatOf(path) == OwnFormat::None,
-                             limits.memory, static_cast<int>(std::min<std::int64_t>(seconds, 1 << 30))});
+                             limits.memory, static_cast<int>(std::min<std::int64_t>(seconds, 1 << 30)),
+                             linear});
     } catch (const std::system_error& reason) {
         throw Failure(Fault::Input, {path.string(),
                                      "cannot be read in a process of its own",
@@ -63,7 +65,8 @@ void checkSize(const std::filesystem::path& path, const PictureDescription& abou
     const std::size_t channels = (about.isGrey ? 1U : 3U) + (about.hasAlpha ? 1U : 0U) +
                                  about.extraChannels.size() + about.unreadChannels.size();
     const auto count = static_cast<std::int64_t>(channels);
-    checkPictureSize(path, about.width, about.height, count, count, std::filesystem::file_size(path));
+    checkPictureSize(path, about.width, about.height, count, count, std::filesystem::file_size(path),
+                     about.format);
 }
 
 /// How a process ended, as its message says.
@@ -78,8 +81,8 @@ ChildEnding endingIn(std::string_view bytes) {
 } // namespace
 
 RemoteReader::RemoteReader(const std::filesystem::path& path, const PictureLimits& limits,
-                           ReaderProgram& program)
-    : PictureReader(path), limits(limits), channel(conversation(path, limits, program)) {
+                           ReaderProgram& program, bool linear)
+    : PictureReader(path), limits(limits), channel(conversation(path, limits, linear, program)) {
     const Message message = answer(std::filesystem::file_size(path));
     PictureDescription told;
     try {
@@ -206,11 +209,11 @@ void RemoteReader::copyRows(const Block& block, int first, int count, krod::RGBA
     std::memcpy(static_cast<void*>(out), slot + skipped * rowBytes,
                 static_cast<std::size_t>(count) * rowBytes);
     for (int row = 0; row < count; ++row) {
-        std::uint64_t infinite = 0;
+        ValueLoss loss;
         const std::size_t place = skipped + static_cast<std::size_t>(row);
-        std::memcpy(&infinite, slot + layout.overflows() + place * sizeof infinite, sizeof infinite);
-        if (infinite > 4 * static_cast<std::uint64_t>(about.width)) fail(BrokenParcel().what());
-        countOverflows(first + row, infinite);
+        std::memcpy(&loss, slot + layout.losses() + place * sizeof loss, sizeof loss);
+        if (loss.overflows > 4 * static_cast<std::uint64_t>(about.width)) fail(BrokenParcel().what());
+        countLoss(first + row, loss);
     }
 }
 

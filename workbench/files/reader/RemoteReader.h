@@ -15,7 +15,8 @@ namespace workbench {
 class RemoteReader : public PictureReader {
 public:
     /// The program is borrowed until this returns.
-    RemoteReader(const std::filesystem::path& path, const PictureLimits& limits, ReaderProgram& program);
+    RemoteReader(const std::filesystem::path& path, const PictureLimits& limits, ReaderProgram& program,
+                 bool linear);
 
 private:
     /// Rows that are asked for.
