@@ -38,6 +38,9 @@ struct PlyHeader {
     [[nodiscard]] bool hasFaces() const;
 };
 
+/// True for the start of a PLY file, whatever ends its lines.
+[[nodiscard]] bool looksLikePly(std::string_view start);
+
 /// Enough of a file's start for any sensible head.
 inline constexpr std::size_t LongestPlyHeader = std::size_t{64} << 10;
 

@@ -14,7 +14,10 @@ namespace {
 /// text.
 class HeaderReader {
 public:
-    HeaderReader(const std::filesystem::path& path, std::string_view start) : file(path), text(start) {}
+    HeaderReader(const std::filesystem::path& path, std::string_view start)
+        : file(path),
+          text(start),
+          lineEnd(text.starts_with("ply\r") && !text.starts_with("ply\r\n") ? '\r' : '\n') {}
 
     PlyHeader read() {
         if (nextLine() != "ply") fail("ply in the first line");
@@ -33,7 +36,7 @@ public:
 
 private:
     std::string_view nextLine() {
-        const auto end = text.find('\n', at);
+        const auto end = text.find(lineEnd, at);
         ++header.lines;
         if (end == std::string_view::npos) fail("a head that ends with the line end_header");
         std::string_view line = text.substr(at, end - at);
@@ -115,6 +118,7 @@ private:
 
     const std::filesystem::path& file;
     std::string_view text;
+    char lineEnd;
     std::size_t at = 0;
     PlyHeader header;
     bool hasFormat = false;
@@ -127,6 +131,8 @@ bool PlyHeader::hasFaces() const {
         return element.count > 0 && (element.name == "face" || element.name == "tristrips");
     });
 }
+
+bool looksLikePly(std::string_view start) { return start.starts_with("ply\n") || start.starts_with("ply\r"); }
 
 PlyHeader readPlyHeader(const std::filesystem::path& path, std::string_view text) {
     return HeaderReader(path, text.substr(0, LongestPlyHeader)).read();

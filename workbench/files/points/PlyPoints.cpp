@@ -22,6 +22,8 @@ double scaleOf(PlyType type) {
     return Largest[static_cast<std::size_t>(type)];
 }
 
+constexpr double LargestUInt16 = 65535;
+
 /// The values of the file, one after the other.
 class PlyValues {
 public:
@@ -159,11 +161,30 @@ std::vector<Target> targetsOf(const std::filesystem::path& path, const PlyElemen
     return targets;
 }
 
+/// By what colours of 32-bit integers are divided, unless they turn out to be bytes; 1 where the targets divide.
+double takeCommonScale(const PlyElement& element, std::vector<Target>& targets) {
+    double common = 1;
+    for (std::size_t i = 0; i < targets.size(); ++i)
+        if (targets[i].scale > LargestUInt16) {
+            common = scaleOf(element.properties[i].type);
+            targets[i].scale = 1;
+        }
+    return common;
+}
+
+void tellColumns(const PlyElement& element, const std::vector<Target>& targets, PointSet& points) {
+    for (std::size_t i = 0; i < targets.size(); ++i) {
+        if (targets[i].field)
+            points.columns.push_back(nameOf(*targets[i].field));
+        else
+            points.unusedColumns.push_back(element.properties[i].name);
+    }
+}
+
 PointSet readVertices(const std::filesystem::path& path, const PlyElement& element, PlyValues& values) {
-    const std::vector<Target> targets = targetsOf(path, element);
-    PointSet points;
-    points.positions.reserve(element.count);
-    points.colours.reserve(element.count);
+    std::vector<Target> targets = targetsOf(path, element);
+    PointBuilder builder(takeCommonScale(element, targets));
+    builder.reserve(element.count);
     for (std::uint64_t i = 0; i < element.count; ++i) {
         PointValues point = DefaultPoint;
         for (std::size_t p = 0; p < targets.size(); ++p) {
@@ -174,8 +195,10 @@ PointSet readVertices(const std::filesystem::path& path, const PlyElement& eleme
             const double value = values.next(element.properties[p].type) / targets[p].scale;
             if (targets[p].field) point[static_cast<std::size_t>(*targets[p].field)] = value;
         }
-        appendPoint(point, points);
+        builder.add(point);
     }
+    PointSet points = builder.take();
+    tellColumns(element, targets, points);
     return points;
 }
 

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -12,7 +13,7 @@ namespace workbench {
 /// Foreign bytes for a message: in quotation marks, short, without control characters.
 [[nodiscard]] std::string quotedField(std::string_view text);
 
-/// Walks through a text by lines and, within them, by fields. All failures are Failure(Input) that names
+/// Walks through a text by lines, which end in LF, CR and LF, or all in CR, and within them by fields. All failures are Failure(Input) that names
 /// file, line and column (both from 1, the column in bytes).
 class TextCursor {
 public:
@@ -24,9 +25,15 @@ public:
     /// The current line without its end.
     [[nodiscard]] std::string_view line() const { return current; }
 
-    /// Takes the next field of the line, without blanks around it; false when there is none. With the
-    /// separator ' ' any number of blanks separates, with another one exactly one, so that fields can be
-    /// empty.
+    /// The last comment that was passed over, without its mark; empty when there was none.
+    [[nodiscard]] std::string_view comment() const { return lastComment; }
+
+    /// From now on numbers may have a comma in the place of the point.
+    void allowDecimalCommas() { decimalCommas = true; }
+
+    /// Takes the next field of the line, without blanks and quotation marks around it; false when there is
+    /// none. With the separator ' ' any number of blanks separates, with another one exactly one, so that
+    /// fields can be empty. Separators between quotation marks belong to the field.
     bool nextField(char separator, std::string_view& field);
     /// Takes the next field between blanks, in this line or a later one.
     bool nextWord(std::string_view& word);
@@ -39,13 +46,17 @@ public:
     [[noreturn]] void failAtEnd(std::string expected, std::string got) const;
 
 private:
+    [[nodiscard]] std::optional<std::string_view> quoted(char separator);
     [[noreturn]] void failAt(std::size_t column, std::string expected, std::string got) const;
 
     std::filesystem::path file;
-    std::string_view rest, current;
+    std::string_view rest, current, lastComment;
+    char lineEnd;
     std::uint64_t lineNumber;
     std::size_t at = 0;         ///< place in the line behind the last field
     bool afterSeparator = true; ///< another field follows, even if it is empty
+    bool quotesCount = true;    ///< no quotation mark without its partner was met in this line
+    bool decimalCommas = false;
 };
 
 } // namespace workbench
