@@ -55,7 +55,7 @@ int perform(const Invocation& invocation, const Commands& commands, Streams& str
     report.setVerbose(invocation.global.verbose);
     if (invocation.global.verbose) streams.showModuleOutput();
     setTraceLevel(invocation.global.traceLevel);
-    setInputMemory(invocation.global.memory - std::min(invocation.global.memory, ProgramBytes));
+    setInputMemory(invocation.global.memory - std::min(invocation.global.memory, ProgramBytes), ProgramBytes);
 
     int code = 0;
     if (invocation.version) {

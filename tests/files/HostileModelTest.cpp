@@ -7,7 +7,7 @@ using namespace workbench;
 
 namespace {
 
-constexpr ModelLimits Limits{std::chrono::milliseconds(5000), std::uint64_t{1} << 30};
+constexpr ModelLimits Limits{std::chrono::milliseconds(5000), {std::uint64_t{1} << 30, 0}};
 
 class HostileModel : public FilesTest {
 protected:

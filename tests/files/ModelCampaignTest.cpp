@@ -15,7 +15,7 @@ struct Campaign {
 };
 
 constexpr DamageAmount Short{5, 5}, Long{150, 150};
-constexpr ModelLimits Limits{std::chrono::milliseconds(1500), std::uint64_t{256} << 20};
+constexpr ModelLimits Limits{std::chrono::milliseconds(1500), {std::uint64_t{256} << 20, 0}};
 
 class ModelCampaign : public FilesTest, public testing::WithParamInterface<Campaign> {};
 

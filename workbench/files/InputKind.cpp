@@ -1,14 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "workbench/files/InputKind.h"
 
+#include "workbench/files/Model.h"
 #include "workbench/files/PictureFormat.h"
+#include "workbench/files/points/PackedFile.h"
 #include "workbench/files/points/Ply.h"
 #include "workbench/report/Failure.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <fstream>
 
 #include <unistd.h>
 
@@ -26,14 +27,14 @@ const Names& pictureExtensions() {
     return names;
 }
 
-const Names& modelExtensions() {
-    static const Names names{"obj", "stl",  "off", "3ds", "gltf", "glb", "dae", "fbx", "x3d", "blend", "ac",
-                             "lwo", "ms3d", "x",   "3mf", "dxf",  "md2", "md3", "b3d", "ifc", "zgl"};
+/// The usual ones; others are asked of the library that reads them, which takes a moment to open.
+const Names& usualModelExtensions() {
+    static const Names names{"obj", "stl", "off", "3ds", "gltf", "glb", "dae", "fbx", "x3d", "blend", "3mf"};
     return names;
 }
 
 const Names& pointExtensions() {
-    static const Names names{"xyz", "csv", "txt"};
+    static const Names names{"xyz", "csv", "tsv", "txt", "dat"};
     return names;
 }
 
@@ -41,12 +42,13 @@ bool has(const Names& names, std::string_view name) {
     return std::find(names.begin(), names.end(), name) != names.end();
 }
 
-std::string startOf(const fs::path& path, std::size_t size) {
-    std::string start(size, '\0');
-    std::ifstream in(path, std::ios::binary);
-    in.read(start.data(), static_cast<std::streamsize>(size));
-    start.resize(static_cast<std::size_t>(in.gcount()));
-    return start;
+bool isModelExtension(const std::string& extension) {
+    if (extension.empty() || has(usualModelExtensions(), extension)) return !extension.empty();
+    try {
+        return std::ranges::count(modelExtensions(), extension) > 0;
+    } catch (const Failure&) {
+        return false; // the library is not installed
+    }
 }
 
 bool looksLikePicture(std::string_view start) {
@@ -57,9 +59,11 @@ bool looksLikePicture(std::string_view start) {
     return false;
 }
 
-[[noreturn]] void refuse(const fs::path& path, std::string expected, std::string got) {
-    throw Failure(Fault::Input,
-                  {path.string(), "cannot be read", std::move(expected), std::move(got), "", {}});
+[[noreturn]] void refuse(const fs::path& path, std::string expected, std::string got,
+                         std::string advice = "") {
+    throw Failure(
+        Fault::Input,
+        {path.string(), "cannot be read", std::move(expected), std::move(got), std::move(advice), {}});
 }
 
 } // namespace
@@ -79,13 +83,18 @@ void checkInputFile(const fs::path& path) {
 std::optional<InputKind> kindOf(const fs::path& path) {
     checkInputFile(path);
     const std::string extension = lowerExtension(path);
-    const std::string start = startOf(path, LongestPlyHeader);
-    if (start.starts_with("ply\n") || start.starts_with("ply\r\n"))
-        return readPlyHeader(path, start).hasFaces() ? InputKind::Model : InputKind::Points;
+    const std::string start = startOfFile(path, LongestPlyHeader);
+    const bool isPacked = extension == "gz";
+    if (looksLikePly(start)) {
+        if (!readPlyHeader(path, start).hasFaces()) return InputKind::Points;
+        if (isPacked)
+            refuse(path, "points, or a model that is not packed", "a packed model", "Unpack it with gunzip");
+        return InputKind::Model;
+    }
     if (extension == "ply") refuse(path, "ply in the first line of a PLY file", "another text");
     if (has(pictureExtensions(), extension) || looksLikePicture(start)) return InputKind::Picture;
-    if (has(modelExtensions(), extension) || start.starts_with("glTF")) return InputKind::Model;
-    if (has(pointExtensions(), extension)) return InputKind::Points;
+    if (has(pointExtensions(), isPacked ? lowerExtension(path.stem()) : extension)) return InputKind::Points;
+    if (start.starts_with("glTF") || isModelExtension(extension)) return InputKind::Model;
     return std::nullopt;
 }
 

@@ -15,6 +15,8 @@
 #include <cmath>
 #include <limits>
 #include <new>
+#include <set>
+#include <sstream>
 #include <stdexcept>
 #include <utility>
 #include <vector>
@@ -33,6 +35,12 @@ bool isFinite(const glm::vec3& v) { return std::isfinite(v.x) && std::isfinite(v
 
 bool isFinite(const glm::vec4& v) { return isFinite(glm::vec3(v)) && std::isfinite(v.w); }
 
+/// White for colours that cannot be: the importer makes some of -1 where old Blender files have none.
+glm::vec4 colourOrWhite(const aiColor4D& c) {
+    const bool isColour = isFinite(colour(c)) && std::min({c.r, c.g, c.b, c.a}) >= 0;
+    return isColour ? colour(c) : glm::vec4(1.0F);
+}
+
 /// White where the file names no material, for the importer's own grey would darken the colours of the vertices,
 /// and where its colour is not finite.
 glm::vec4 materialColour(const aiScene& scene, unsigned index) {
@@ -45,7 +53,26 @@ glm::vec4 materialColour(const aiScene& scene, unsigned index) {
     aiColor4D diffuse;
     const bool found = material.Get(AI_MATKEY_COLOR_DIFFUSE, diffuse) == aiReturn_SUCCESS ||
                        material.Get(AI_MATKEY_BASE_COLOR, diffuse) == aiReturn_SUCCESS;
-    return found && isFinite(colour(diffuse)) ? colour(diffuse) : glm::vec4(1.0F);
+    return found ? colourOrWhite(diffuse) : glm::vec4(1.0F);
+}
+
+/// How many different pictures the materials of the meshes name or hold.
+std::uint64_t texturesOf(const aiScene& scene) {
+    std::set<std::string> paths;
+    std::set<unsigned> materials;
+    for (unsigned i = 0; i < scene.mNumMeshes; ++i) materials.insert(scene.mMeshes[i]->mMaterialIndex);
+    for (const unsigned index : materials) {
+        if (index >= scene.mNumMaterials) continue;
+        for (int type = aiTextureType_NONE; type <= AI_TEXTURE_TYPE_MAX; ++type) {
+            const auto kind = static_cast<aiTextureType>(type);
+            for (unsigned i = 0; i < scene.mMaterials[index]->GetTextureCount(kind); ++i) {
+                aiString path;
+                if (scene.mMaterials[index]->GetTexture(kind, i, &path) == aiReturn_SUCCESS)
+                    paths.insert(path.C_Str());
+            }
+        }
+    }
+    return paths.size();
 }
 
 /// Copies one mesh through a node's transform and leaves out what is not finite.
@@ -80,7 +107,7 @@ private:
             source.mNormals ? vector(normalTransform * source.mNormals[i]) : glm::vec3(0.0F);
         const float length = glm::length(normal);
         result.normals.push_back(std::isfinite(length) && length > 0 ? normal / length : glm::vec3(0.0F));
-        if (source.mColors[0]) result.colours.push_back(colour(source.mColors[0][i]));
+        if (source.mColors[0]) result.colours.push_back(colourOrWhite(source.mColors[0][i]));
     }
 
     void copyFace(const aiFace& face) {
@@ -102,8 +129,9 @@ private:
     Mesh result;
 };
 
-Model flattened(const aiScene& scene) {
-    Model model;
+/// Visits each mesh with triangles at each place that it has in the scene, with its transform.
+template <class Visit>
+void forEachMesh(const aiScene& scene, const Visit& visit) {
     std::vector<std::pair<const aiNode*, aiMatrix4x4>> open{
         {scene.mRootNode, scene.mRootNode->mTransformation}};
     while (!open.empty()) { // a list instead of recursion: files can nest deeper than the stack
@@ -112,15 +140,31 @@ Model flattened(const aiScene& scene) {
         for (unsigned i = 0; i < node->mNumMeshes; ++i) {
             if (node->mMeshes[i] >= scene.mNumMeshes)
                 throw std::runtime_error("a node with a mesh that does not exist");
-            const aiMesh& source = *scene.mMeshes[node->mMeshes[i]];
-            if (!(source.mPrimitiveTypes & aiPrimitiveType_TRIANGLE) || !source.mVertices) continue;
-            Mesh mesh = Flattener(source, transform).mesh(model.droppedVertices);
-            mesh.materialColour = materialColour(scene, source.mMaterialIndex);
-            if (!mesh.triangles.empty()) model.meshes.push_back(std::move(mesh));
+            const aiMesh& mesh = *scene.mMeshes[node->mMeshes[i]];
+            if ((mesh.mPrimitiveTypes & aiPrimitiveType_TRIANGLE) && mesh.mVertices) visit(mesh, transform);
         }
         for (unsigned i = node->mNumChildren; i-- > 0;) // the first child is taken first
             open.emplace_back(node->mChildren[i], transform * node->mChildren[i]->mTransformation);
     }
+}
+
+/// What all meshes will hold at all their places.
+std::uint64_t flattenedBytes(const aiScene& scene) {
+    std::uint64_t bytes = 0;
+    forEachMesh(scene, [&](const aiMesh& mesh, const aiMatrix4x4&) {
+        const std::uint64_t vertex = 2 * sizeof(glm::vec3) + (mesh.mColors[0] ? sizeof(glm::vec4) : 0);
+        bytes += mesh.mNumVertices * vertex + mesh.mNumFaces * 3 * sizeof(std::uint32_t);
+    });
+    return bytes;
+}
+
+Model flattened(const aiScene& scene) {
+    Model model;
+    forEachMesh(scene, [&](const aiMesh& source, const aiMatrix4x4& transform) {
+        Mesh mesh = Flattener(source, transform).mesh(model.droppedVertices);
+        mesh.materialColour = materialColour(scene, source.mMaterialIndex);
+        if (!mesh.triangles.empty()) model.meshes.push_back(std::move(mesh));
+    });
     return model;
 }
 
@@ -156,20 +200,62 @@ std::uint64_t dropInfinite(aiMesh& mesh) {
 
 class AssimpCodec final : public ModelCodec {
 public:
-    [[nodiscard]] Model import(const std::filesystem::path& path) const override {
+    [[nodiscard]] Model import(const std::filesystem::path& path, std::uint64_t memory) const override {
+        std::uint64_t needed = bytesOfReading(path);
+        try {
+            return import(path, memory, needed);
+        } catch (const std::bad_alloc&) {
+            throw MemoryNeeded{needed};
+        }
+    }
+
+    [[nodiscard]] std::vector<std::string> extensions() const override {
+        aiString list; // "*.3ds;*.obj"
+        Assimp::Importer().GetExtensionList(list);
+        std::vector<std::string> names;
+        std::istringstream in(list.C_Str());
+        for (std::string pattern; std::getline(in, pattern, ';');)
+            if (pattern.starts_with("*.")) names.push_back(pattern.substr(2));
+        std::ranges::sort(names);
+        return names;
+    }
+
+private:
+    /// Keeps `needed` at what the step that it is at takes.
+    static Model import(const std::filesystem::path& path, std::uint64_t memory, std::uint64_t& needed) {
         Assimp::Importer importer;
         const aiScene* scene = importer.ReadFile(path.string(), 0);
         if (!scene || !scene->mRootNode) fail(importer);
+        needed = bytesOfSteps(*scene);
         std::uint64_t dropped = 0;
         for (unsigned i = 0; i < scene->mNumMeshes; ++i) dropped += dropInfinite(*scene->mMeshes[i]);
         scene = importer.ApplyPostProcessing(Steps);
         if (!scene || !scene->mRootNode) fail(importer);
+        const std::uint64_t result = flattenedBytes(*scene);
+        needed += 2 * result;
+        if (result > memory / 2) throw std::bad_alloc(); // it is held twice while it is handed over
         Model model = flattened(*scene);
         model.droppedVertices += dropped;
+        model.leftOutTextures = texturesOf(*scene);
         return model;
     }
 
-private:
+    /// More than any format but packed ones was seen to take, with the steps behind.
+    static std::uint64_t bytesOfReading(const std::filesystem::path& path) {
+        constexpr std::uint64_t Factor = 45;
+        std::error_code ignored;
+        return Factor * std::filesystem::file_size(path, ignored);
+    }
+
+    /// As measured: joining vertices takes most.
+    static std::uint64_t bytesOfSteps(const aiScene& scene) {
+        constexpr std::uint64_t Usual = 450, WithNormals = 750; // of each vertex
+        std::uint64_t bytes = 0;
+        for (unsigned i = 0; i < scene.mNumMeshes; ++i)
+            bytes += scene.mMeshes[i]->mNumVertices * (scene.mMeshes[i]->HasNormals() ? WithNormals : Usual);
+        return bytes;
+    }
+
     [[noreturn]] static void fail(const Assimp::Importer& importer) {
         const std::string reason = importer.GetErrorString();
         if (reason.find("bad_alloc") != std::string::npos) throw std::bad_alloc();

@@ -15,6 +15,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
 #include <cstring>
 #include <new>
 #include <system_error>
@@ -53,8 +54,6 @@ const ModelCodec& modelCodec() {
                                  {}});
 }
 
-std::string megabytes(std::uint64_t bytes) { return std::to_string(bytes >> 20) + " MiB"; }
-
 /// Files that an importer has open at once, with the standard streams and those to this process.
 constexpr std::uint64_t MostFiles = 16;
 
@@ -62,8 +61,8 @@ constexpr std::uint64_t MostFiles = 16;
 /// its copy. What it does not need of the rest is given up.
 void limitChild(const ModelLimits& limits) {
     giveUpRights();
-    limitAddresses(mappedBytes() + limits.memory);
-    limitFileSize(limits.memory);
+    limitAddresses(mappedBytes() + limits.memory.left());
+    limitFileSize(limits.memory.left());
     limitFiles(MostFiles);
     limitProcessorTime(2 * std::chrono::ceil<std::chrono::seconds>(limits.time));
 }
@@ -92,9 +91,9 @@ void takeSignalsAsTheyAre() {
     bool sent = false;
     try {
         limitChild(limits);
-        sent = sendResult(codec.import(path), result);
-    } catch (const std::bad_alloc&) {
-        sent = sendResult("more than " + megabytes(limits.memory) + " of memory needed", result);
+        sent = sendResult(codec.import(path, limits.memory.left()), result);
+    } catch (const MemoryNeeded& needed) {
+        sent = sendResult(needed, result);
     } catch (const std::exception& reason) {
         sent = sendResult(reason.what(), result);
     }
@@ -125,8 +124,27 @@ int statusOf(pid_t child) {
 
 bool isInterruption(int signal) { return signal == SIGINT || signal == SIGTERM || signal == SIGHUP; }
 
+/// "20 s", "1.5 s".
+std::string secondsText(std::chrono::milliseconds time) {
+    std::string text = std::to_string(time.count() / 1000);
+    if (time.count() % 1000 != 0) text += '.' + std::to_string(time.count() % 1000 / 100);
+    return text + " s";
+}
+
+/// Seconds that anybody may allow: a day.
+constexpr double LongestImport = 86400;
+
+std::chrono::milliseconds usualTime(const std::filesystem::path& path) {
+    const char* const text = std::getenv("KROD_MODEL_SECONDS");
+    if (const double seconds = text ? std::strtod(text, nullptr) : 0; seconds > 0)
+        return std::chrono::milliseconds(static_cast<std::int64_t>(std::min(seconds, LongestImport) * 1000));
+    std::error_code ignored;
+    return std::chrono::seconds(20 + (std::filesystem::file_size(path, ignored) >> 20U));
+}
+
 ImportResult importInChild(const std::filesystem::path& path, const ModelLimits& limits) {
     const ModelCodec& codec = modelCodec();
+    limits.memory.require(path, std::filesystem::file_size(path)); // importers hold all of it
     const Descriptor result = memoryFile("model", {});
     Pipe alive;
     const pid_t child = [&] {
@@ -141,8 +159,10 @@ ImportResult importInChild(const std::filesystem::path& path, const ModelLimits&
     if (!inTime) ::kill(child, SIGKILL);
     const int status = statusOf(child);
     if (!inTime)
-        fail(path, "no end after " + std::to_string(limits.time.count()) + " ms",
-             "The file is probably damaged");
+        fail(path, "no end after " + secondsText(limits.time),
+             "Large models may need more time: set KROD_MODEL_SECONDS to " +
+                 std::to_string(2 * std::chrono::ceil<std::chrono::seconds>(limits.time).count()) +
+                 ". A damaged file may never end");
     if (WIFSIGNALED(status) && isInterruption(WTERMSIG(status)))
         throw Failure(Fault::Interrupted, {"", "interrupted", "", "", "", {}});
     if (WIFSIGNALED(status))
@@ -153,12 +173,24 @@ ImportResult importInChild(const std::filesystem::path& path, const ModelLimits&
 
 } // namespace
 
-Model readModel(const std::filesystem::path& path, const ModelLimits& limits) {
+std::uint64_t bytesOf(const Mesh& mesh) noexcept {
+    return mesh.positions.size() * sizeof(mesh.positions[0]) + mesh.normals.size() * sizeof(mesh.normals[0]) +
+           mesh.colours.size() * sizeof(mesh.colours[0]) + mesh.triangles.size() * sizeof(mesh.triangles[0]);
+}
+
+std::vector<std::string> modelExtensions() { return modelCodec().extensions(); }
+
+Model readModel(const std::filesystem::path& path, const ModelLimits& given) {
     checkInputFile(path);
+    ModelLimits limits = given;
+    if (limits.time.count() == 0) limits.time = usualTime(path);
     try {
         ImportResult result = importInChild(path, limits);
         if (const auto* message = std::get_if<std::string>(&result))
             fail(path, *message, "Check that the file is complete and has its right extension");
+        if (const auto* needed =
+                std::get_if<MemoryNeeded>(&result)) // as much as was not enough does not help
+            limits.memory.refuse(path, std::max(needed->bytes, limits.memory.left() / 2 * 3));
         auto& model = std::get<Model>(result);
         if (model.meshes.empty()) failEmpty(path, model.droppedVertices > 0);
         return std::move(model);

@@ -12,7 +12,7 @@
 namespace workbench {
 namespace {
 
-enum class Kind : std::uint64_t { Model = 1, Message = 2 };
+enum class Kind : std::uint64_t { Model = 1, Message = 2, Memory = 3 };
 
 /// Writes values and arrays one after the other; numbers in the machine's own form, since both ends are this
 /// machine.
@@ -129,9 +129,15 @@ bool sendResult(const ImportResult& result, int descriptor) {
         out.array(*message);
         return out.good;
     }
+    if (const auto* needed = std::get_if<MemoryNeeded>(&result)) {
+        out.value(Kind::Memory);
+        out.value(needed->bytes);
+        return out.good;
+    }
     const Model& model = std::get<Model>(result);
     out.value(Kind::Model);
     out.value(model.droppedVertices);
+    out.value(model.leftOutTextures);
     out.value(static_cast<std::uint64_t>(model.meshes.size()));
     for (const auto& mesh : model.meshes) {
         out.array(mesh.positions);
@@ -151,9 +157,15 @@ ImportResult receiveResult(int descriptor) {
         in.end();
         return message;
     }
+    if (kind == Kind::Memory) {
+        const MemoryNeeded needed{in.value<std::uint64_t>()};
+        in.end();
+        return needed;
+    }
     if (kind != Kind::Model) Receiver::broken();
     Model model;
     model.droppedVertices = in.value<std::uint64_t>();
+    model.leftOutTextures = in.value<std::uint64_t>();
     for (auto meshes = in.value<std::uint64_t>(); meshes > 0; --meshes)
         model.meshes.push_back(receiveMesh(in));
     in.end();

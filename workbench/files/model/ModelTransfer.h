@@ -2,15 +2,15 @@
 // A model on its way from the importing process to this one.
 #pragma once
 
-#include "workbench/files/Model.h"
+#include "workbench/files/codec/ModelCodec.h"
 
 #include <string>
 #include <variant>
 
 namespace workbench {
 
-/// The result of an import: the model, or the importer's words on why there is none.
-using ImportResult = std::variant<Model, std::string>;
+/// The result of an import: the model, or why there is none: in the importer's words, or for want of memory.
+using ImportResult = std::variant<Model, std::string, MemoryNeeded>;
 
 /// Writes a result into the file behind `descriptor`; false when it does not fit there.
 [[nodiscard]] bool sendResult(const ImportResult& result, int descriptor);
