@@ -36,8 +36,8 @@ OUT is never a file that the command reads.
                     without a word
   --srgb            encodes the colours for viewing; a picture that is sRGB, by
                     its own word or because it has 8 bits, is made linear first
-  --clip-negative   makes values below 0 to 0 before the modules: powers make NaN
-                    of them
+  --clip-negative   makes values below 0 to 0 before the modules, of which powers
+                    make NaN
   --compression C   EXR: none, rle, zips, zip, piz, pxr24, b44, b44a, dwaa, dwab;
                     TIFF: none, lzw, zip, packbits; else that of IN, or zip where
                     that loses
