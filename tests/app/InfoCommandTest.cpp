@@ -132,7 +132,26 @@ TEST_F(PlimeInfo, modelAndPoints_tellHowMuchThereIsAndWhere) {
     const std::string points = write("a.xyz", "0 0 0\n1 2 3\n").string();
     EXPECT_EQ(jsonOf(points)["points"], 2);
     EXPECT_EQ(infoOf(points),
-              points + ": points\n  points   2\n  dropped  0\n  bounds   0.0, 0.0, 0.0 to 1.0, 2.0, 3.0\n");
+              points + ": points\n  points   2\n  dropped  0\n  columns  x, y, z\n  colours  1.0 to 1.0\n"
+                       "  bounds   0.0, 0.0, 0.0 to 1.0, 2.0, 3.0\n");
+}
+
+TEST_F(PlimeInfo, points_tellTheirColumnsAndTheRangeOfTheirColours) {
+    const std::string list = "id,x,y,z,r,g,b\n7,500000.25,5200000.5,1,255,51,0\n8,500001,5200001,2,0,0,0\n";
+    const std::string points = write("a.csv", list).string();
+    const std::string text = infoOf(points);
+    for (const char* const row :
+         {"columns   x, y, z, red, green, blue\n", "not used  id\n", "colours   0.0 to 1.0, divided by 255\n",
+          "bounds    500000.25, 5200000.5, 1.0 to 500001.0, 5200001.0, 2.0\n"})
+        EXPECT_EQ(occurrences(text, row), 1U) << row << text;
+    const Json json = jsonOf(points);
+    EXPECT_EQ(json["unused"], Json::array({"id"}));
+    EXPECT_EQ(json["colours"], Json({{"least", 0.0}, {"most", 1.0}, {"dividedBy", 255}}));
+}
+
+TEST_F(PlimeInfo, model_tellsHowManyTexturesItHas) {
+    const auto spider = packaged("/usr/share/assimp/models/OBJ/spider.obj", "assimp-testmodels");
+    EXPECT_EQ(jsonOf(spider.string())["textures"], 4);
 }
 
 } // namespace

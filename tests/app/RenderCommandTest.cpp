@@ -5,6 +5,8 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <sstream>
+#include <tuple>
 
 namespace {
 
@@ -230,6 +232,102 @@ TEST_F(PlimeRender, modelWithoutExtent_warns) {
     const auto point = write("point.xyz", "1 1 1\n");
     EXPECT_EQ(saidOf(point.string(), "b.exr"), "");
     EXPECT_EQ(largest(readPicture(at("b.exr"))), 1.0F);
+}
+
+TEST_F(PlimeRender, pointsFarFromZero_areSeenAsIfTheyWereNear) {
+    const auto grid = [](double x, double y) {
+        std::string text = "x,y,z\n";
+        for (int i = 0; i < 400; ++i)
+            text += std::to_string(x + i % 20 * 0.2) + ',' + std::to_string(y + i / 20 * 0.2) + ",0\n";
+        return text;
+    };
+    const auto near = write("near.csv", grid(0, 0)), far = write("far.csv", grid(500000, 5200000));
+    const auto count = [](const Picture& shown) {
+        return std::ranges::count_if(shown.pixels, [](const auto& p) { return float(p.r) > 0; });
+    };
+    const Words size{"--size", "192x128"};
+    const auto lit = count(drawn(near.string(), size));
+    EXPECT_GT(lit, 350);
+    EXPECT_NEAR(static_cast<double>(count(drawn(far.string(), size))), static_cast<double>(lit), 20);
+
+    // A camera counts in the coordinates of the file, typed or saved.
+    const auto picture = [&](const char* camera) {
+        return drawn(far.string(), size + Words{"--camera", camera, "--save-network", at("far.json")});
+    };
+    const Picture typed = picture("500001.9,5200001.9,9:500001.9,5200001.9,0:30");
+    EXPECT_GT(count(typed), 350);
+    EXPECT_EQ(networkOf(typed)["views"][0]["camera"]["eye"], Json({500001.9, 5200001.9, 9.0}));
+    succeed({"run", at("far.json"), "-o", at("again.exr"), "--gpu", "software"});
+    EXPECT_EQ(read(at("again.exr")), read(at("drawn2.exr")));
+    expectSameBits(readPicture(at("again.exr")).pixels, typed.pixels);
+    EXPECT_EQ(count(picture("1.9,1.9,9:1.9,1.9,0:30")), 0);
+}
+
+TEST_F(PlimeRender, wideAndHighPictures_areFittedToTheirRectangle) {
+    for (const auto& [width, height, size] :
+         {std::tuple{512, 4, "128x8"}, {4, 512, "8x128"}, {60, 40, "96x64"}}) {
+        Picture blue;
+        blue.description.width = width;
+        blue.description.height = height;
+        blue.pixels.assign(static_cast<std::size_t>(width * height), pixel(0, 0, 0.5F));
+        const Picture shown = drawn(picture("blue.exr", blue), {"--size", size});
+        const int columns = shown.description.width, rows = shown.description.height;
+        EXPECT_EQ(float(pixelAt(shown, 0, rows / 2).b), width >= height ? 0.5F : 0.0F) << size;
+        EXPECT_EQ(float(pixelAt(shown, columns - 1, rows / 2).b), width >= height ? 0.5F : 0.0F) << size;
+        EXPECT_EQ(float(pixelAt(shown, columns / 2, 0).b), width <= height || width == 60 ? 0.5F : 0.0F)
+            << size;
+        EXPECT_EQ(float(pixelAt(shown, columns / 2, rows - 1).b),
+                  width <= height || width == 60 ? 0.5F : 0.0F)
+            << size;
+    }
+}
+
+TEST_F(PlimeRender, texturesThatAreLeftOut_areToldOnceWithTheirNumber) {
+    const auto spider = packaged("/usr/share/assimp/models/OBJ/spider.obj", "assimp-testmodels").string();
+    EXPECT_EQ(saidOf(spider, "spider.exr", Separated).find(Clamped) != std::string::npos, true);
+    const std::string text = saidOf(spider, "plain.exr");
+    EXPECT_EQ(text, "plime: warning: " + spider +
+                        ": 4 textures are left out; only the colours of materials and vertices are drawn.\n");
+}
+
+TEST_F(PlimeRender, unusedColumnsAndEightBitColours_areNotes) {
+    const auto list = write("a.csv", "x,y,z,mag,red,green,blue\n0,0,0,2.5,255,0,51\n");
+    EXPECT_EQ(saidOf(list.string(), "a.exr"), "plime: 2 notes, -v shows them.\n");
+    const std::string text = saidOf(list.string(), "a.exr", {"-v"});
+    expectHas(text, "plime: note: " + list.string() +
+                        ": columns that are not used: mag; used are x, y, z, red, green, blue.\n");
+    expectHas(text,
+              "plime: note: " + list.string() + ": colours are from 0 to 255 and are divided by 255.\n");
+    EXPECT_EQ(largest(readPicture(at("a.exr"))), 1.0F);
+}
+
+TEST_F(PlimeRender, flatModelSeenFromItsEdge_isWarnedOf_withTheCameraToType) {
+    const auto wall = write("wall.obj", "v 7 0 0\nv 7 2 0\nv 7 2 3\nv 7 0 3\nf 1 2 3 4\n");
+    const auto floor = write("floor.obj", "v 0 5 0\nv 2 5 0\nv 2 5 3\nv 0 5 3\nf 1 2 3 4\n");
+    for (const auto& file :
+         {wall, floor,
+          packaged("/usr/share/assimp/models/LWO/LWO2/concave_polygon.lwo", "assimp-testmodels")}) {
+        const std::string text = saidOf(file.string(), "a.exr"),
+                          start =
+                              "plime: warning: " + file.string() + ": is flat and seen from its edge. Type ";
+        ASSERT_TRUE(text.starts_with(start)) << text;
+        Words typed;
+        std::istringstream words(text.substr(start.size(), text.size() - start.size() - 2)); // without ".\n"
+        for (std::string word; words >> word;) typed.push_back(word);
+        EXPECT_GT(largest(drawn(file.string(), typed)), 0.9F);
+    }
+}
+
+TEST_F(PlimeRender, pictureThatShowsNothing_isWarnedOf) {
+    EXPECT_EQ(
+        saidOf("demo:knot", "a.exr", {"--camera", "0,0,9:0,0,20"}),
+        "plime: warning: demo:knot: is not seen in the picture. Type --camera 0.147,0,6.87:0.147,0,0.\n");
+    write("a.mtl", "newmtl coal\nKd 0 0 0\n");
+    const auto coal = write("coal.obj", "mtllib a.mtl\nv 0 0 0\nv 4 0 0\nv 0 4 0\nusemtl coal\nf 1 2 3\n");
+    EXPECT_EQ(saidOf(coal.string(), "b.exr"),
+              "plime: warning: " + coal.string() +
+                  ": is black, and so is the background. Type --background 1,1,1.\n");
+    EXPECT_EQ(saidOf(coal.string(), "c.exr", {"--background", "1,1,1"}), "");
 }
 
 TEST_F(PlimeRender, verbose_namesDriverAndOverrideFile) {

@@ -41,6 +41,15 @@ Camera Camera::fitted(const krod::BoundingSphere& sphere, double aspect, double 
     return camera;
 }
 
+Camera Camera::facing(const glm::dvec3& size, double aspect, double fieldOfView) {
+    const double half = std::max(size.y, size.x / aspect) / 2; // of the picture's height
+    Camera camera;
+    camera.eye = {0, 0, half / std::tan(glm::radians(fieldOfView) / 2)};
+    camera.fieldOfView = fieldOfView;
+    camera.setPlanes({0, 0, 0, glm::length(size) / 2});
+    return camera;
+}
+
 Camera Camera::between(const glm::dvec3& eye, const glm::dvec3& target, const glm::dvec3& up,
                        double fieldOfView, const krod::BoundingSphere& sphere) {
     if (eye == target) throw refusal("camera", "has no direction", "an eye and a target at different places");

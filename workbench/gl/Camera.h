@@ -25,6 +25,9 @@ struct KROD_API Camera {
     /// aspect (width divided by height). An empty sphere counts as one of radius 1.
     [[nodiscard]] static Camera fitted(const krod::BoundingSphere& sphere, double aspect,
                                        double fieldOfView = DefaultFieldOfView);
+    /// On +z with +y up, as near as a rectangle of that size around 0 fits into the picture.
+    [[nodiscard]] static Camera facing(const glm::dvec3& size, double aspect,
+                                       double fieldOfView = DefaultFieldOfView);
     /// Throws Failure(Usage) by the name "camera" where eye and target coincide or the angle is none between 0 and
     /// 180, by the name "up" where `up` points along the view. The planes are those around the sphere.
     [[nodiscard]] static Camera between(const glm::dvec3& eye, const glm::dvec3& target, const glm::dvec3& up,

@@ -4,6 +4,7 @@
 
 #include "host/core/VActionNotifier.h"
 
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -40,6 +41,11 @@ auto readNamed(const char* module, const std::string& file, const Read& read) {
     krod::VActionNotifier::Warning(std::string(module) +
                                    ": draws nothing, because its parameter \"file\" is empty");
     return Content{};
+}
+
+/// "1 texture is", "3 textures are".
+inline std::string countText(std::uint64_t count, const std::string& noun) {
+    return std::to_string(count) + ' ' + noun + (count == 1 ? " is" : "s are");
 }
 
 /// Warns that so many of a file's points or vertices are left out, as "2 of 4 points".

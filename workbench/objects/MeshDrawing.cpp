@@ -7,6 +7,7 @@
 
 #include <epoxy/gl.h>
 
+#include <algorithm>
 #include <span>
 #include <utility>
 
@@ -50,15 +51,32 @@ void drawMesh(const Mesh& mesh) {
                    mesh.triangles.data());
 }
 
+std::vector<std::span<const glm::vec3>> positionsOf(const std::vector<Mesh>& meshes) {
+    std::vector<std::span<const glm::vec3>> positions;
+    for (const Mesh& mesh : meshes) positions.emplace_back(mesh.positions);
+    return positions;
+}
+
+bool isBlack(const Mesh& mesh) {
+    const auto hasNoLight = [](const glm::vec4& colour) { return glm::vec3(colour) == glm::vec3(0); };
+    return mesh.colours.empty() ? hasNoLight(mesh.materialColour)
+                                : std::ranges::all_of(mesh.colours, hasNoLight);
+}
+
 } // namespace
 
 MeshDrawing::MeshDrawing(Model model) : meshes(std::move(model.meshes)) {
-    std::vector<std::span<const glm::vec3>> positions;
-    for (Mesh& mesh : meshes) {
+    for (Mesh& mesh : meshes)
         for (glm::vec4& colour : mesh.colours) colour *= mesh.materialColour;
-        positions.emplace_back(mesh.positions);
-    }
-    sphere = enclosingSphere(positions);
+    sphere = enclosingSphere(positionsOf(meshes));
+}
+
+ContentFacts MeshDrawing::facts() const {
+    ContentFacts facts;
+    for (const Mesh& mesh : meshes) facts.bytes += bytesOf(mesh);
+    facts.box = enclosingBox(positionsOf(meshes));
+    facts.isBlack = std::ranges::all_of(meshes, isBlack);
+    return facts;
 }
 
 void MeshDrawing::draw() const {

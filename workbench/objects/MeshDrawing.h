@@ -2,6 +2,7 @@
 // Drawing lit triangles.
 #pragma once
 
+#include "workbench/files/FileContent.h"
 #include "workbench/files/Model.h"
 
 #include "host/rendering/BoundingSphere.h"
@@ -22,6 +23,8 @@ public:
     /// throws what krod::GLProgram throws.
     void draw() const;
 
+    /// Without notes.
+    [[nodiscard]] ContentFacts facts() const;
     /// Around all vertices.
     [[nodiscard]] const krod::BoundingSphere& bounds() const noexcept { return sphere; }
 

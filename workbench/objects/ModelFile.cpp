@@ -22,16 +22,20 @@ MeshDrawing load(const Settings& settings) {
     if (model.droppedVertices > 0)
         warnOfLeftOut(settings.file, std::to_string(model.droppedVertices) + " vertices",
                       " with their triangles");
+    if (model.leftOutTextures > 0)
+        VActionNotifier::Warning(settings.file + ": " + countText(model.leftOutTextures, "texture") +
+                                 " left out; only the colours of materials and vertices are drawn");
     return MeshDrawing(std::move(model));
 }
 
-class ModelObject : public VGLRenderObject {
+class ModelObject : public VGLRenderObject, public FileContent {
 public:
     ModelObject(const std::string& name, const StrongPtr<VCreationPreferences>& preferences)
         : VGLRenderObject(name, 0, preferences) {}
 
     void draw(VGLRenderContext& context) override { drawing(context.valuePool()).draw(); }
     [[nodiscard]] BoundingSphere bounds() const override { return drawing(VValuePool()).bounds(); }
+    [[nodiscard]] ContentFacts facts() const override { return drawing(VValuePool()).facts(); }
 
 private:
     const MeshDrawing& drawing(const VValuePool& pool) const {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Scene/Picture - shows a picture on a plane that looks towards +z.     (row 3)
 //     height 2, width 2 x aspect, middle at the origin; values and alpha as they are stored
+#include "workbench/files/FileContent.h"
 #include "workbench/files/Picture.h"
 #include "workbench/objects/Kept.h"
 
@@ -92,7 +93,7 @@ void drawPiece(const Picture& picture, const Piece& piece) {
     glEnd();
 }
 
-class PictureObject : public VGLRenderObject {
+class PictureObject : public VGLRenderObject, public FileContent {
 public:
     PictureObject(const std::string& name, const StrongPtr<VCreationPreferences>& preferences)
         : VGLRenderObject(name, 0, preferences) {}
@@ -114,6 +115,17 @@ public:
     [[nodiscard]] BoundingSphere bounds() const override {
         const Picture& shown = picture(VValuePool());
         return {0, 0, 0, shown.pixels.empty() ? -1 : std::hypot(1, aspect(shown.description))};
+    }
+
+    [[nodiscard]] ContentFacts facts() const override {
+        const Picture& shown = picture(VValuePool());
+        ContentFacts facts;
+        facts.bytes = shown.pixels.size() * sizeof(shown.pixels.front());
+        if (shown.pixels.empty()) return facts;
+        const glm::dvec3 corner(aspect(shown.description), 1, 0);
+        facts.box = ContentBox{-corner, corner};
+        facts.isPlane = true;
+        return facts;
     }
 
 private:

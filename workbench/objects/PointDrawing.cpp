@@ -45,6 +45,16 @@ void main() {
 PointDrawing::PointDrawing(PointSet points)
     : set(std::move(points)), sphere(enclosingSphere({set.positions})) {}
 
+ContentFacts PointDrawing::facts() const {
+    ContentFacts facts;
+    facts.bytes = set.positions.size() * (sizeof(glm::vec3) + sizeof(glm::vec4));
+    facts.origin = set.origin;
+    facts.box = enclosingBox({set.positions});
+    facts.isBlack =
+        std::ranges::all_of(set.colours, [](const glm::vec4& c) { return glm::vec3(c) == glm::vec3(0); });
+    return facts;
+}
+
 void PointDrawing::draw(double size, double intensity) const {
     krod::GLProgram program(VertexText, FragmentText, "point vertex shader", "point fragment shader");
     program.use();

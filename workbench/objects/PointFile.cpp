@@ -17,17 +17,39 @@ struct Settings {
     friend bool operator==(const Settings&, const Settings&) = default;
 };
 
-PointDrawing load(const Settings& settings) {
+/// What to know of the file.
+std::vector<std::string> notesOf(const PointSet& points) {
+    const auto listed = [](const std::vector<std::string>& names) {
+        std::string text;
+        for (const std::string& name : names) text += (text.empty() ? "" : ", ") + name;
+        return text;
+    };
+    std::vector<std::string> notes;
+    if (!points.unusedColumns.empty())
+        notes.push_back("columns that are not used: " + listed(points.unusedColumns) + "; used are " +
+                        listed(points.columns));
+    if (points.hasEightBitColours) notes.emplace_back("colours are from 0 to 255 and are divided by 255");
+    return notes;
+}
+
+/// Points of a file, and what to know of them.
+struct Content {
+    PointDrawing drawing;
+    std::vector<std::string> notes;
+};
+
+Content load(const Settings& settings) {
     PointSet points =
         readNamed("Scene/Points", settings.file, [](const auto& file) { return readPoints(file); });
     if (points.droppedPoints > 0)
         warnOfLeftOut(settings.file, std::to_string(points.droppedPoints) + " of " +
                                          std::to_string(points.positions.size() + points.droppedPoints) +
                                          " points");
-    return PointDrawing(std::move(points));
+    std::vector<std::string> notes = notesOf(points);
+    return {PointDrawing(std::move(points)), std::move(notes)};
 }
 
-class PointObject : public VGLRenderObject {
+class PointObject : public VGLRenderObject, public FileContent {
 public:
     PointObject(const std::string& name, const StrongPtr<VCreationPreferences>& preferences)
         : VGLRenderObject(name, 0, preferences) {
@@ -39,12 +61,18 @@ public:
         double pixels = 1, factor = 1;
         size.read(context.valuePool(), pixels);
         intensity.read(context.valuePool(), factor);
-        drawing(context.valuePool()).draw(pixels, factor);
+        content(context.valuePool()).drawing.draw(pixels, factor);
     }
-    [[nodiscard]] BoundingSphere bounds() const override { return drawing(VValuePool()).bounds(); }
+    [[nodiscard]] BoundingSphere bounds() const override { return content(VValuePool()).drawing.bounds(); }
+    [[nodiscard]] ContentFacts facts() const override {
+        const Content& read = content(VValuePool());
+        ContentFacts facts = read.drawing.facts();
+        facts.notes = read.notes;
+        return facts;
+    }
 
 private:
-    const PointDrawing& drawing(const VValuePool& pool) const {
+    const Content& content(const VValuePool& pool) const {
         Settings settings;
         file.read(pool, settings.file);
         return kept.get(settings, load);
@@ -53,7 +81,7 @@ private:
     TypedSlot<std::string> file{this, "file", "", 0};
     TypedSlot<double> size{this, "size", 1.0, 0};
     TypedSlot<double> intensity{this, "intensity", 1.0, 0};
-    mutable Kept<Settings, PointDrawing> kept;
+    mutable Kept<Settings, Content> kept;
 };
 
 KROD_ROW(2)
@@ -64,7 +92,8 @@ CreatorRegistration<PointObject, void> creator(
      .group = "File",
      .help = "<p>Shows the points of a file. Where points meet their light adds up, also far above 1; "
              "they hide nothing, and write no depth.</p>"
-             "<ul><li><b>file</b>: the points: PLY, XYZ, CSV or text. It is read when it is first "
+             "<ul><li><b>file</b>: the points: PLY, XYZ, CSV or text, also packed by gzip. It is read when "
+             "it is first "
              "needed and when another one is named.</li>"
              "<li><b>size</b>: width of a point in pixels, from 1 to 64.</li>"
              "<li><b>intensity</b>: factor of all colours, from 0.</li></ul>",

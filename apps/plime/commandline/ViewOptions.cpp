@@ -129,16 +129,28 @@ Camera ViewOptions::typedCamera(const Camera& asked, const krod::BoundingSphere&
     }
 }
 
-FrameSetup ViewOptions::frameOf(const krod::BoundingSphere& bounds) const {
+Camera ViewOptions::cameraOf(const SceneExtent& scene, double aspect) const {
+    Camera view = scene.plane ? Camera::facing(scene.plane->high - scene.plane->low, aspect)
+                              : Camera::fitted(scene.bounds, aspect);
+    const bool isUsual = !camera && !up && !(saved && saved->camera);
+    if (isUsual && scene.origin == glm::dvec3(0)) return view;
+    // Through the coordinates that people and networks use, so that a saved view is exactly the same again.
+    view.eye += scene.origin, view.target += scene.origin;
+    if (saved && saved->camera) view = workbench::cameraOf(*saved->camera, {});
+    if (up) view.up = point(*up, "--up", "X,Y,Z, a direction in world units", *up);
+    if (camera) readCamera(*camera, view);
+    view.eye -= scene.origin, view.target -= scene.origin;
+    if (camera || up) return typedCamera(view, scene.bounds);
+    return Camera::between(view.eye, view.target, view.up, view.fieldOfView, scene.bounds);
+}
+
+FrameSetup ViewOptions::frameOf(const SceneExtent& scene) const {
     FrameSetup setup = saved ? workbench::frameOf(*saved) : FrameSetup{};
     if (size) readSize(*size, setup);
     if (tile) setup.tiles.size = wholeNumber("--tile", *tile, SmallestAskedTile, LargestDrawnTile);
     if (overlap) setup.tiles.overlap = wholeNumber("--overlap", *overlap, 0, LargestOverlap);
     const double aspect = static_cast<double>(setup.width) / setup.height;
-    setup.camera = saved && saved->camera ? cameraOf(*saved->camera, bounds) : Camera::fitted(bounds, aspect);
-    if (up) setup.camera.up = point(*up, "--up", "X,Y,Z, a direction in world units", *up);
-    if (camera) readCamera(*camera, setup.camera);
-    if (camera || up) setup.camera = typedCamera(setup.camera, bounds);
+    setup.camera = cameraOf(scene, aspect);
     if (background) {
         const auto rgba = numbers(*background, 3, 4, "--background", "R,G,B[,A], linear values", *background);
         for (std::size_t i = 0; i < rgba.size(); ++i)

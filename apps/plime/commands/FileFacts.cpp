@@ -96,7 +96,7 @@ Json factsOfNetwork(const std::string& file) {
 /// The corners of the smallest box around points.
 class Box {
 public:
-    void add(const glm::vec3& p) {
+    void add(const glm::dvec3& p) {
         for (glm::length_t i = 0; i < 3; ++i) {
             least[i] = std::min(least[i], p[i]);
             most[i] = std::max(most[i], p[i]);
@@ -108,7 +108,7 @@ public:
     }
 
 private:
-    glm::vec3 least{std::numeric_limits<float>::infinity()}, most{-std::numeric_limits<float>::infinity()};
+    glm::dvec3 least{std::numeric_limits<double>::infinity()}, most{-std::numeric_limits<double>::infinity()};
 };
 
 Json factsOfModel(const std::string& file) {
@@ -120,20 +120,34 @@ Json factsOfModel(const std::string& file) {
         triangles += mesh.triangles.size() / 3;
         for (const glm::vec3& position : mesh.positions) box.add(position);
     }
-    return {{"path", file},         {"kind", "model"},        {"meshes", model.meshes.size()},
-            {"vertices", vertices}, {"triangles", triangles}, {"dropped", model.droppedVertices},
+    return {{"path", file},
+            {"kind", "model"},
+            {"meshes", model.meshes.size()},
+            {"vertices", vertices},
+            {"triangles", triangles},
+            {"dropped", model.droppedVertices},
+            {"textures", model.leftOutTextures},
             {"bounds", box.json()}};
 }
 
 Json factsOfPoints(const std::string& file) {
     const PointSet points = readPoints(file);
     Box box;
-    for (const glm::vec3& position : points.positions) box.add(position);
-    return {{"path", file},
-            {"kind", "points"},
-            {"points", points.positions.size()},
-            {"dropped", points.droppedPoints},
-            {"bounds", box.json()}};
+    for (const glm::dvec3& corner : {points.low, points.high}) box.add(corner);
+    float least = std::numeric_limits<float>::infinity(), most = -least;
+    for (const glm::vec4& c : points.colours) {
+        least = std::min({least, c.r, c.g, c.b});
+        most = std::max({most, c.r, c.g, c.b});
+    }
+    return {
+        {"path", file},
+        {"kind", "points"},
+        {"points", points.positions.size()},
+        {"dropped", points.droppedPoints},
+        {"columns", points.columns},
+        {"unused", points.unusedColumns},
+        {"colours", {{"least", least}, {"most", most}, {"dividedBy", points.hasEightBitColours ? 255 : 1}}},
+        {"bounds", box.json()}};
 }
 
 using Rows = std::vector<std::pair<std::string, std::string>>;
@@ -215,6 +229,14 @@ std::string amountText(const Json& facts) {
     Rows rows;
     for (const auto& [name, value] : facts.items())
         if (value.is_number()) rows.emplace_back(name, plain(value));
+    if (facts.contains("columns")) {
+        rows.emplace_back("columns", plain(facts["columns"]));
+        if (!facts["unused"].empty()) rows.emplace_back("not used", plain(facts["unused"]));
+        const Json& colours = facts["colours"];
+        const bool isDivided = colours["dividedBy"] != 1;
+        rows.emplace_back("colours", plain(colours["least"]) + " to " + plain(colours["most"]) +
+                                         (isDivided ? ", divided by " + plain(colours["dividedBy"]) : ""));
+    }
     if (const Json& bounds = facts["bounds"]; !bounds.is_null())
         rows.emplace_back("bounds", plain(bounds["least"]) + " to " + plain(bounds["most"]));
     return table(rows);

@@ -79,10 +79,11 @@ std::string Provenance::add(const ModuleInstance& module, const std::string& inp
     return name;
 }
 
-void Provenance::setFrame(const FrameSetup& setup) {
+void Provenance::setFrame(const FrameSetup& setup, const glm::dvec3& origin) {
     const Camera& camera = setup.camera;
     view().size = {setup.width, setup.height};
-    view().camera = {numbers(camera.eye), numbers(camera.target), numbers(camera.up), camera.fieldOfView};
+    view().camera = {numbers(camera.eye + origin), numbers(camera.target + origin), numbers(camera.up),
+                     camera.fieldOfView};
     std::array<double, 4> background{};
     std::ranges::transform(setup.background, background.begin(), shortest);
     view().background = background;

@@ -36,8 +36,9 @@ public:
     void showPicture(const std::string& path) { view().picture = path; }
     /// Appends a tile module that works on the picture.
     void addProcessor(const ModuleInstance& module) { view().processors.push_back(add(module)); }
-    /// How the scene is seen; tiles are told when these, or those that are usual, would cut it.
-    void setFrame(const FrameSetup& setup);
+    /// How the scene is seen, in coordinates that have their 0 at the origin; tiles are told when these, or those
+    /// that are usual, would cut it.
+    void setFrame(const FrameSetup& setup, const glm::dvec3& origin = glm::dvec3(0));
     /// How tile processors saw a picture: tiles of that size and the pixels around what is kept of each.
     void setTiles(int width, int height, int overlap) { view().tiles = {width, height, overlap}; }
 

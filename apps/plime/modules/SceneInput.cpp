@@ -3,6 +3,7 @@
 
 #include "apps/plime/terminal/Suggest.h"
 #include "apps/plime/terminal/Text.h"
+#include "workbench/files/FileContent.h"
 #include "workbench/files/InputKind.h"
 #include "workbench/report/Failure.h"
 
@@ -68,6 +69,11 @@ void warnOfNothingToDraw(Report& report, const ModuleInstance& scene, const std:
     const bool isMesh = scene.entry().key == keyOf(InputKind::Model);
     if (bounds.radius > 0 || (bounds.radius == 0 && !isMesh)) return;
     report.warning({input, "draws nothing: it has no extent", "", "", "See what is in the file", {}});
+}
+
+void noteContent(Report& report, const ModuleInstance& scene, const std::string& input) {
+    if (const auto* const content = dynamic_cast<const FileContent*>(&scene.object()))
+        for (const std::string& note : content->facts().notes) report.note({input, note, "", "", "", {}});
 }
 
 std::string demoList(const Catalogue& catalogue) {

@@ -28,6 +28,9 @@ inline constexpr std::string_view DemoPrefix = "demo:";
 void warnOfNothingToDraw(Report& report, const ModuleInstance& scene, const std::string& input,
                          const krod::BoundingSphere& bounds);
 
+/// Notes what is good to know of the file that is drawn.
+void noteContent(Report& report, const ModuleInstance& scene, const std::string& input);
+
 /// One line per demo: "demo:NAME  what it shows".
 [[nodiscard]] std::string demoList(const Catalogue& catalogue);
 

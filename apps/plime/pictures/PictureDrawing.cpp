@@ -2,6 +2,7 @@
 #include "apps/plime/pictures/PictureDrawing.h"
 
 #include "apps/plime/pictures/TileJournal.h"
+#include "apps/plime/pictures/VisibleArea.h"
 #include "apps/plime/terminal/Interruption.h"
 #include "workbench/gl/PendingErrors.h"
 #include "workbench/gl/RenderTarget.h"
@@ -22,6 +23,7 @@ DrawnTiles::DrawnTiles(const PictureDrawing& drawing)
 std::vector<krod::RGBAHalf> DrawnTiles::draw() {
     throwIfInterrupted();
     std::vector<krod::RGBAHalf> pixels = pixelsOf(done);
+    if (drawing.visible) drawing.visible->add(pixels);
     progress.show(++done, drawing.journal ? drawing.journal->takenCount() : 0);
     return pixels;
 }

@@ -13,6 +13,7 @@
 namespace workbench {
 
 class TileJournal;
+class VisibleArea;
 
 /// What a picture is drawn with; everything is borrowed.
 struct PictureDrawing {
@@ -23,6 +24,7 @@ struct PictureDrawing {
     std::string name;               ///< for the progress line
     bool quiet = false;             ///< no progress line
     TileJournal* journal = nullptr; ///< null: finished tiles are not kept
+    VisibleArea* visible = nullptr; ///< null: pixels are not counted
 };
 
 /// The tiles of a picture, row by row from the top.

@@ -11,6 +11,8 @@
 #include "apps/plime/pictures/PictureDrawing.h"
 #include "apps/plime/pictures/PictureProcessing.h"
 #include "apps/plime/pictures/TilePass.h"
+#include "apps/plime/pictures/VisibleArea.h"
+#include "workbench/files/FileContent.h"
 #include "workbench/files/InputKind.h"
 #include "workbench/gl/ArrayLimit.h"
 #include "workbench/gl/RenderTarget.h"
@@ -91,22 +93,27 @@ std::string fileOf(const RenderTask& task) {
     return file ? file->value().text() : "";
 }
 
-/// What the content of the file takes at most, here and in the driver; by its size, so that the same picture is always
-/// cut alike.
-std::uint64_t bytesOfInput(const std::string& file) {
-    if (file.empty()) return 0;
-    if (classifyInput(file) != InputKind::Picture) return 6 * std::filesystem::file_size(file);
+/// What a model or points take here and, while they are drawn, in a software driver.
+constexpr std::uint64_t CopiesOfContent = 2;
+
+/// What the content of the file takes at most, here and in the driver; by counts, so that the same picture is always
+/// cut alike. Models and points are read for it.
+std::uint64_t bytesOfInput(const RenderTask& task) {
+    const auto* const content = dynamic_cast<const FileContent*>(&task.scene.object());
+    const std::string file = fileOf(task);
+    if (!content || file.empty()) return 0;
+    if (classifyInput(file) != InputKind::Picture) return CopiesOfContent * content->facts().bytes;
     const PictureDescription picture = PictureReader::open(file)->description();
     const std::uint64_t pixels = sizeof(krod::RGBAHalf) * static_cast<std::uint64_t>(picture.width) *
                                  static_cast<std::uint64_t>(picture.height);
     return pixels + std::max(pixels, picture.readerBytes);
 }
 
-/// Before anything is read.
+/// Before a picture is decoded; models and points are read within a budget of their own.
 void requireMemoryForInput(const Session& session, const RenderTask& task) {
     const std::string path = task.wish.requirePath(), file = fileOf(task);
     if (file.empty()) return;
-    const std::uint64_t needed = bytesBesidePixels(true, path, 0) + bytesOfInput(file);
+    const std::uint64_t needed = bytesBesidePixels(true, path, 0) + bytesOfInput(task);
     if (needed > session.options().memory) refuseMemory(path, needed, session.options().memory);
 }
 
@@ -115,7 +122,7 @@ DrawingPlan drawingOf(const Session& session, RenderSession& rendering, const Re
     const std::string path = task.wish.requirePath();
     return planDrawing({path, setup.width, setup.height, setup.tiles, allSamples(rendering, task),
                         outputFormat(path).name == "EXR", !task.chain.empty(),
-                        bytesBesidePixels(true, path, setup.width) + bytesOfInput(fileOf(task)),
+                        bytesBesidePixels(true, path, setup.width) + bytesOfInput(task),
                         session.options().memory});
 }
 
@@ -166,6 +173,17 @@ krod::RenderAble& topOf(const RenderTask& task) {
     return dynamic_cast<krod::RenderAble&>(top.object());
 }
 
+/// Reads the file that is drawn, if it has not been read yet.
+SceneExtent extentOf(const RenderTask& task) {
+    SceneExtent extent{topOf(task).bounds()};
+    if (const auto* const content = dynamic_cast<const FileContent*>(&task.scene.object())) {
+        const ContentFacts facts = content->facts();
+        extent.origin = facts.origin;
+        if (facts.isPlane) extent.plane = facts.box;
+    }
+    return extent;
+}
+
 /// Of everything that is drawn of a tile.
 int largestSide(const std::vector<PictureTile>& tiles) {
     int largest = 0;
@@ -183,7 +201,7 @@ void warnOfIdleOverlap(Report& report, const std::string& picture) {
 std::optional<TilePlan> tellView(Session& session, OpenGLOnDemand& openGL, const RenderTask& task,
                                  Provenance& provenance, const FrameSetup& setup, const DrawingPlan& drawing,
                                  const TileAttempt& attempt) {
-    provenance.setFrame(setup);
+    provenance.setFrame(setup, extentOf(task).origin);
     if (task.chain.empty()) return std::nullopt;
     const TilingTask cutting = cuttingOf(session, openGL.rendering(), task, setup, drawing);
     const TilePlan plan(cutting, wishOf(task.view, attempt));
@@ -215,8 +233,8 @@ bool makesNaN(const RenderTask& task) {
 }
 
 /// One attempt. Throws GraphicsMemoryFailure when a tile does not fit into the memory for graphics.
-void drawToFile(Session& session, OpenGLOnDemand& openGL, const RenderTask& task, Provenance& provenance,
-                FrameSetup setup, TileAttempt& attempt) {
+VisibleArea drawToFile(Session& session, OpenGLOnDemand& openGL, const RenderTask& task,
+                       Provenance& provenance, FrameSetup setup, TileAttempt& attempt) {
     if (attempt.side) setup.tiles.size = *attempt.side;
     RenderSession& rendering = openGL.rendering();
     const DrawingPlan planned = drawingOf(session, rendering, task, setup);
@@ -237,6 +255,8 @@ void drawToFile(Session& session, OpenGLOnDemand& openGL, const RenderTask& task
     const std::string path = task.wish.requirePath();
     const PictureDescription description = descriptionOf(setup, task.networks.lineFor(provenance));
     PictureDrawing drawing{rendering, topOf(task), task.pool, setup, path, session.options().quiet};
+    VisibleArea visible(setup.background, !task.displays.empty());
+    drawing.visible = &visible;
     const auto write = [&](bool alphaAsItStands) {
         PictureOutput output(task.wish, session.options(), description,
                              {planned.inBlocks ? StoredTileSide : 0, alphaAsItStands});
@@ -257,22 +277,26 @@ void drawToFile(Session& session, OpenGLOnDemand& openGL, const RenderTask& task
     if (tiles.size() == 1) {
         draw();
         if (task.view.overlap) warnOfIdleOverlap(session.report(), path);
-        return;
+        return visible;
     }
     TileJournal journal(path, job, task.resume && !attempt.side);
     drawing.journal = &journal;
     keepTilesDuring(session.report(), {journal, attempt, task.resume, tiles.size()}, draw);
+    return visible;
 }
 
 } // namespace
 
 void renderToFile(Session& session, OpenGLOnDemand& openGL, const RenderTask& task, Provenance& provenance) {
     requireMemoryForInput(session, task);
-    const krod::BoundingSphere bounds = topOf(task).bounds();
-    warnOfNothingToDraw(session.report(), task.scene, task.input, bounds);
-    const FrameSetup setup = task.view.frameOf(bounds);
+    const SceneExtent extent = extentOf(task);
+    warnOfNothingToDraw(session.report(), task.scene, task.input, extent.bounds);
+    noteContent(session.report(), task.scene, task.input);
+    const FrameSetup setup = task.view.frameOf(extent);
     withSmallerTiles(session.report(), task.wish.requirePath(), [&](TileAttempt& attempt) {
-        drawToFile(session, openGL, task, provenance, setup, attempt);
+        const VisibleArea visible = drawToFile(session, openGL, task, provenance, setup, attempt);
+        const std::string last = task.displays.empty() ? "" : task.displays.back()->entry().key;
+        warnOfUnseen(session.report(), {task.scene, task.input, extent, setup, last}, visible);
     });
 }
 
