@@ -106,7 +106,7 @@ TEST_F(PlimeBatch, noClobber_countsAsAFailure) {
     EXPECT_EQ(result.error,
               "plime: error: " + at("out/b_tm.exr") +
                   ": exists already and is not replaced. Choose another name, or allow replacing.\n" +
-                  SomeFailed);
+                  SomeFailed + "  " + at("b.exr") + '\n');
     EXPECT_EQ(read(at("out/b_tm.exr")), "precious");
     EXPECT_TRUE(exists("out/c_tm.exr"));
 }

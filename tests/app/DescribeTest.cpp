@@ -85,7 +85,7 @@ TEST(Plime_help, knows_subjects) {
         EXPECT_GT(result.output.size(), 500U) << subject;
         EXPECT_NE(run({"help"}).output.find(subject), std::string::npos);
     }
-    EXPECT_NE(run({"help", "point"}).error.find("Did you mean \"points\"?"), std::string::npos);
+    EXPECT_NE(run({"help", "networkz"}).error.find("Did you mean \"networks\"?"), std::string::npos);
 }
 
 // What the page says of the files' names, against what the modules ask for.

@@ -106,7 +106,7 @@ TEST_F(PlimeNetworkKeeping, manyPictures_areToldOfOnce_orByName) {
     EXPECT_EQ(in(all + toner),
               "plime: warning: tileprogram.code: cannot be saved as it is, so pictures made with it keep no "
               "network" +
-                  Expected + "\\xe9 in line 3.\n");
+                  Expected + "\\xe9 in line 3.\nplime: 4 notes, -v shows them.\n");
     expectNoNetworkIn("b.png");
     const std::string said = in(all + Words{"--with", "Hollywood/GammaCorrection"});
     EXPECT_EQ(occurrences(said, "warning"), 2U) << said;

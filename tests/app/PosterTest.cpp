@@ -114,8 +114,8 @@ TEST_F(PlimePosters, countWhatTheyShow_asMemory) {
     succeed(Words{"render", "demo:knot"} + words);
     expectFailure(4,
                   at("out.exr") +
-                      ": needs more memory than is allowed — expected at most 160M, got 185M. Allow it "
-                      "with --memory 185M.",
+                      ": needs more memory than is allowed — expected at most 160M, got 184M. Allow it "
+                      "with --memory 184M.",
                   Words{"render", input} + words);
 }
 

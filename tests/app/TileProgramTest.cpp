@@ -48,8 +48,8 @@ TEST_P(PlimeTileProgram, programWithoutAnOutput_isWarnedOf) {
 TEST_P(PlimeTileProgram, programThatTakesWhatNobodyGives_isWarnedOf) {
     const std::string warning =
         "plime: warning: Hollywood/TileProgram, parameter \"code\": nobody gives a value to ";
-    EXPECT_EQ(run(call("uniform float gain; uniform sampler2D frame, lut; varying vec2 uv;\n"
-                       "void main() { gl_FragColor = gain * texture2D(lut, uv); }"))
+    EXPECT_EQ(run(call("#version 130\nuniform float gain; uniform sampler2D frame, lut; in vec2 uv; out vec4 c;\n"
+                       "void main() { c = gain * texture(lut, uv); }"))
                   .error,
               warning + "the uniform gain, the uniform lut, the input uv; see \"plime help shaders\".\n");
     EXPECT_EQ(run(call("#version 130\nuniform float gain = 0.5; out vec4 c; void main() { c = vec4(gain); }"))

@@ -16,7 +16,7 @@ namespace workbench {
 namespace {
 
 /// More lines than this help nobody; of one error, drivers list every function of the name.
-constexpr std::size_t MostDetails = 20, MostLinesOfOne = 5;
+constexpr std::size_t MostDetails = 20, MostLinesOfOne = 12;
 
 /// A text that has a user's file in it is numbered in that file's lines from there on.
 std::vector<TextRegion> regionsOf(const std::string& text) {
