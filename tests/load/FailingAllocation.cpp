@@ -33,8 +33,13 @@ bool fails() {
     return fails() ? nullptr : __libc_malloc(size);
 }
 
+/// Not counted: the C library asks for room for functions that run at exit, in blocks. When depends on how many a
+/// process has already, and where there is none, no function of the library is told.
 [[gnu::visibility("default")]] void* calloc(std::size_t count, std::size_t size) {
-    return fails() ? nullptr : __libc_calloc(count, size);
+    Dl_info caller{};
+    const bool isOfCLibrary = left.load() > 0 && ::dladdr(__builtin_return_address(0), &caller) != 0 &&
+                              std::strstr(caller.dli_fname, "/libc.so") != nullptr;
+    return !isOfCLibrary && fails() ? nullptr : __libc_calloc(count, size);
 }
 
 [[gnu::visibility("default")]] void* realloc(void* memory, std::size_t size) {

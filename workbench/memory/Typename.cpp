@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/memory/Typename.h"
 
+#include "host/memory/MemoryException.h"
+
 #include <cstdlib>
 #include <cxxabi.h>
 #include <memory>
@@ -14,6 +16,8 @@ std::string demangled(const char* mangled) {
     int status = 0;
     const std::unique_ptr<char, decltype(&std::free)> text(
         abi::__cxa_demangle(mangled, nullptr, nullptr, &status), &std::free);
+    constexpr int NoMemory = -1; // as the C++ ABI of g++ numbers it
+    if (status == NoMemory) throw MemoryException();
     return text ? text.get() : mangled;
 }
 
