@@ -23,7 +23,7 @@ LEAST = {"cookbook.md": 10, "posters.md": 4}  # recipes
 BLACK = """## Black
 
 ```sh
-plime render model.obj -o black.png --display Display/HSVAdjust -p value=0
+plime render model.obj -q -o black.png --display Display/HSVAdjust -p value=0
 ```
 
 ## Nothing
@@ -70,7 +70,9 @@ def prepare(folder, plime, vignette):
     (folder / "stars.csv").write_text(starsText(), encoding="utf-8")
     (folder / "shots").mkdir()
     shutil.copy(vignette, folder / "vignette.frag")
-    subprocess.run([plime, "-q", "render", "demo:galaxy", "--size", "256x128", "-o", "panorama.exr"], cwd=folder, check=True)
+    subprocess.run([plime, "-q", "render", "demo:galaxy", "--size", "256x128", "-o", "drawn.exr"], cwd=folder, check=True)
+    # Panoramas have no alpha.
+    subprocess.run(["oiiotool", "--nosoftwareattrib", "drawn.exr", "--eraseattrib", ".*", "--ch", "R,G,B", "-o", "panorama.exr"], cwd=folder, check=True)
     for copy in "gigapixel.exr", "shots/dawn.exr", "shots/dusk.exr":
         shutil.copy(folder / "panorama.exr", folder / copy)
 

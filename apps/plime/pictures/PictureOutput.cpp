@@ -7,6 +7,9 @@
 
 #include "host/values/VValueTrait.h"
 
+#include <algorithm>
+#include <string_view>
+
 namespace workbench {
 namespace {
 
@@ -18,6 +21,15 @@ std::string extremesText(const PictureWriter& writer) {
     if (above) said += (below ? ", the largest " : "the largest was ") + text(writer.largestValue());
     return said;
 }
+
+constexpr std::string_view AlphaName = "A";
+
+bool dropsAlpha(const PictureWriter& writer) {
+    return std::ranges::find(writer.dropped(), AlphaName) != writer.dropped().end();
+}
+
+/// 1 within half a step of 8 bits; more than 1 counts as 1.
+bool hasFullAlpha(const krod::RGBAHalf& pixel) { return static_cast<float>(pixel.a) >= 1.0F - 0.5F / 255.0F; }
 
 } // namespace
 
@@ -71,6 +83,7 @@ PictureOutput::PictureOutput(const OutputWish& wish, const GlobalOptions& global
                              const PictureDescription& description, const Storage& storage)
     : path(wish.requirePath()),
       clip(wish.clip),
+      width(static_cast<std::size_t>(description.width)),
       pixelCount(static_cast<std::uint64_t>(description.width) *
                  static_cast<std::uint64_t>(description.height)) {
     WriteOptions options = wish.writeOptions(global);
@@ -86,6 +99,8 @@ void PictureOutput::requireRoom(std::uint64_t tiles) const {
 }
 
 void PictureOutput::write(int first, int count, const krod::RGBAHalf* pixels, const ExtraRows* extra) {
+    if (isOpaque && dropsAlpha(*writer))
+        isOpaque = std::all_of(pixels, pixels + width * static_cast<std::size_t>(count), hasFullAlpha);
     writer->writeRows(first, count, pixels, extra);
 }
 
@@ -128,9 +143,10 @@ void PictureOutput::finish(Report& report, bool formulaMakesNaN) {
     throwIfInterrupted();
     writer->finish();
     tellOfValues(report, formulaMakesNaN);
-    if (writer->dropped().empty()) return;
     std::string names;
-    for (const std::string& name : writer->dropped()) names += (names.empty() ? "" : ", ") + name;
+    for (const std::string& name : writer->dropped())
+        if (name != AlphaName || !isOpaque) names += (names.empty() ? "" : ", ") + name;
+    if (names.empty()) return;
     report.warning(
         {path, "its format cannot hold " + names + "; left out", "", "", "Write .exr to keep them", {}});
 }

@@ -72,7 +72,9 @@ private:
 
     std::string path;
     bool clip = false;
+    std::size_t width = 0;
     std::uint64_t pixelCount = 0;
+    bool isOpaque = true; ///< so far; known only where the format holds no alpha
     std::unique_ptr<PictureWriter> writer;
 };
 
