@@ -70,9 +70,10 @@ def prepare(folder, plime, vignette):
     (folder / "stars.csv").write_text(starsText(), encoding="utf-8")
     (folder / "shots").mkdir()
     shutil.copy(vignette, folder / "vignette.frag")
-    subprocess.run([plime, "-q", "render", "demo:galaxy", "--size", "256x128", "-o", "drawn.exr"], cwd=folder, check=True)
-    # Panoramas have no alpha.
-    subprocess.run(["oiiotool", "--nosoftwareattrib", "drawn.exr", "--eraseattrib", ".*", "--ch", "R,G,B", "-o", "panorama.exr"], cwd=folder, check=True)
+    # Panoramas have no alpha, and nor have HDR files.
+    for command in (["render", "demo:galaxy", "--size", "256x128", "-o", "drawn.hdr"],
+                    ["process", "drawn.hdr", "-o", "panorama.exr", "--with", "Hollywood/ColorGammaCorrection"]):
+        subprocess.run([plime, "-q", *command, "--no-network"], cwd=folder, check=True)
     for copy in "gigapixel.exr", "shots/dawn.exr", "shots/dusk.exr":
         shutil.copy(folder / "panorama.exr", folder / copy)
 
