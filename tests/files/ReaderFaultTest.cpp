@@ -134,7 +134,7 @@ TEST_F(ReaderFaultTest, Decoder_thatTakesAllMemory_meetsALimit) {
 /// Each step ends in time, and there are many of them.
 TEST_F(ReaderFaultTest, Decoder_thatIsSlowInEveryStep_isEnded) {
     const std::string path = file("slow");
-    const auto reader = PictureReader::open(path, {.time = std::chrono::seconds(3)});
+    const auto reader = PictureReader::open(path, {.time = std::chrono::seconds(6)});
     std::vector<krod::RGBAHalf> pixels(200000);
     const std::string sentence = sentenceOf(Fault::Input, [&] {
         reader->readRows(0, 2000, pixels.data());
