@@ -180,7 +180,7 @@ TEST_P(RequiredParameters, countAsNeverSet) {
     }
 }
 
-/// 147 characters, of which the shader programs of users start.
+/// 147 characters, with which user shaders start.
 TEST(RequiredTexts, ofTileProgram_hasItsLength) { EXPECT_EQ(std::string_view(Program).size(), 147U); }
 
 } // namespace

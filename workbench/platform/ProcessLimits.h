@@ -24,7 +24,7 @@ inline constexpr bool AddressesAreLimited = true;
 
 /// This process and its children gain no rights from programs that they start, and leave no core files.
 void giveUpRights() noexcept;
-/// Limits this process to so many bytes of address space in all; nothing where addresses are not limited. Returns
+/// Limits this process to `bytes` of address space in all; nothing where addresses are not limited. Returns
 /// what holds then, which is less where its user allows less.
 std::uint64_t limitAddresses(std::uint64_t bytes) noexcept;
 /// Of all its threads since its beginning; then SIGXCPU ends it.

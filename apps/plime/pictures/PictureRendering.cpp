@@ -58,7 +58,7 @@ int grantedSamples(RenderSession& rendering, int asked) {
     return rendering.targets().leaseMultisample(1, 1, asked)->samples();
 }
 
-/// The samples of all displays: their drawing areas are in use at once.
+/// The samples of all displays: their render targets are in use at once.
 int allSamples(RenderSession& rendering, const RenderTask& task) {
     int samples = 0;
     for (const ModuleInstance* module : task.displays)
